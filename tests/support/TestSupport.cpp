@@ -1,0 +1,60 @@
+#include "TestSupport.h"
+
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+
+namespace vmk::test {
+
+MessageRecorder::MessageRecorder(int fallback)
+    : m_fallback(fallback)
+{
+    m_previous = SetMessageAnswerer([this](const QString& text, int kind) {
+        texts << text;
+        kinds << kind;
+        if (m_answers.empty())
+            return m_fallback;
+        int a = m_answers.front();
+        m_answers.pop_front();
+        return a;
+    });
+}
+
+MessageRecorder::~MessageRecorder()
+{
+    SetMessageAnswerer(m_previous);
+}
+
+void MessageRecorder::script(std::initializer_list<int> answers)
+{
+    m_answers.insert(m_answers.end(), answers.begin(), answers.end());
+}
+
+QString binDir()
+{
+    return qEnvironmentVariable("VMK_BIN", QStringLiteral(VMK_DEFAULT_BIN));
+}
+
+QString testDataDir()
+{
+    return qEnvironmentVariable("VMK_TESTDATA", QStringLiteral(VMK_DEFAULT_TESTDATA));
+}
+
+bool writeFile(const QString& path, const QByteArray& bytes)
+{
+    QDir().mkpath(QFileInfo(path).absolutePath());
+    QFile f(path);
+    if (!f.open(QIODevice::WriteOnly | QIODevice::Truncate))
+        return false;
+    return f.write(bytes) == bytes.size();
+}
+
+QByteArray readFile(const QString& path)
+{
+    QFile f(path);
+    if (!f.open(QIODevice::ReadOnly))
+        return {};
+    return f.readAll();
+}
+
+}  // namespace vmk::test
