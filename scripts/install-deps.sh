@@ -13,7 +13,7 @@ PKGS=(
   libcurl4-openssl-dev
   libgtest-dev libgmock-dev
   python3 python3-pyftpdlib vsftpd openssl
-  xvfb xauth fonts-dejavu-core fonts-noto-cjk
+  xvfb xauth fonts-dejavu-core fonts-wqy-microhei
   e2fsprogs
 )
 missing=()
