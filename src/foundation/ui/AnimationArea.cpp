@@ -127,8 +127,8 @@ void AnimationArea::paintEvent(QPaintEvent*)
     const qreal t = qreal(m_frame) / (kFrames - 1);
     const qreal x0 = leftBox.center().x() - 7, x1 = rightBox.center().x() - 7;
     const qreal x = x0 + (x1 - x0) * t;
-    const qreal lift = 4 * t * (1 - t) * (h * 0.9);
-    drawSheet(p, QPointF(x, y + h * 0.2 - lift));
+    const qreal lift = 4 * t * (1 - t) * (h * 0.4);
+    drawSheet(p, QPointF(x, y + h * 0.45 - lift));
 }
 
 } // namespace vmk

@@ -63,8 +63,9 @@ void RoundedForm::paintEvent(QPaintEvent* event)
     QPainter p(this);
     const int lw = m_raised ? 2 : 1;
     const int r = kCorner / 2;
-    const int off = lw / 2;
-    const int left = off, top = off, right = width() - 1 - off, bottom = height() - 1 - off;
+    // A pen of width 2 covers the pixel it is drawn on and the one before, so the lit
+    // edges sit one pixel in and the shadowed edges on the last pixel.
+    const int left = lw / 2, top = lw / 2, right = width() - 1, bottom = height() - 1;
     QPen light(kLight, lw);
     QPen shadow(kShadow, lw);
 
