@@ -5,7 +5,8 @@
 
 #include <cstdio>
 
-namespace {
+namespace
+{
 
 // vmk translate LANG TEXT: the text as the program would show it in language LANG.
 // A literal \r\n in TEXT stands for the line break that some messages hold.
@@ -19,7 +20,7 @@ int runTranslate(const QStringList& args)
     const int language = args.at(0).toInt(&ok);
     if (!ok || language < 0 || language > 6) {
         std::fprintf(stderr, "vmk translate: LANG must be a language index from 0 to 6, not '%s'\n",
-                     args.at(0).toUtf8().constData());
+            args.at(0).toUtf8().constData());
         return 2;
     }
     QString text = args.mid(1).join(u' ');
@@ -30,7 +31,7 @@ int runTranslate(const QStringList& args)
     return 0;
 }
 
-const CommandRegistry::Registrar registrar("translate", "translate LANG TEXT   the text in language LANG (0-6)",
-                                           runTranslate);
+const CommandRegistry::Registrar registrar(
+    "translate", "translate LANG TEXT   the text in language LANG (0-6)", runTranslate);
 
-}  // namespace
+} // namespace

@@ -12,8 +12,10 @@ static void initTranslationResource()
     Q_INIT_RESOURCE(translations);
 }
 
-namespace vmk {
-namespace {
+namespace vmk
+{
+namespace
+{
 
 // Cells are stored with \r, \n, \t and \\ escaped, so that one row stays one line.
 QString unescape(const QString& cell)
@@ -74,7 +76,7 @@ std::vector<TranslationRow> loadTable()
     return rows;
 }
 
-}  // namespace
+} // namespace
 
 const std::vector<TranslationRow>& TranslationTable()
 {
@@ -101,4 +103,4 @@ QString Translate(const QString& text)
     return text;
 }
 
-}  // namespace vmk
+} // namespace vmk

@@ -5,7 +5,8 @@
 #include <array>
 #include <vector>
 
-namespace vmk {
+namespace vmk
+{
 
 // The text in the language of G().LanguageIndex; an unknown text comes back unchanged.
 QString Translate(const QString& text);
@@ -20,4 +21,4 @@ struct TranslationRow {
 // The whole table in look-up order, loaded once from the data compiled into the program.
 const std::vector<TranslationRow>& TranslationTable();
 
-}  // namespace vmk
+} // namespace vmk

@@ -71,15 +71,15 @@ void drawArc(QImage& img, double from, double to, int w, int h, int dy, QRgb c)
     }
 }
 
-// Fills the 4-connected area of the seed's colour (the surface) with `c`.
-void floodFill(QImage& img, QPoint seed, QRgb c)
+// Fills the 4-connected area of the start point's colour (the surface) with `c`.
+void floodFill(QImage& img, QPoint from, QRgb c)
 {
-    if (!img.rect().contains(seed))
+    if (!img.rect().contains(from))
         return;
-    const QRgb surface = img.pixel(seed);
+    const QRgb surface = img.pixel(from);
     if (surface == c)
         return;
-    std::vector<QPoint> stack { seed };
+    std::vector<QPoint> stack { from };
     while (!stack.empty()) {
         const QPoint p = stack.back();
         stack.pop_back();
@@ -125,28 +125,28 @@ bool inside(double v, int start, int end)
     return v > start + margin && v < end - margin;
 }
 
-// Fills the face of a slice. The seed is the point at half the radius on the slice's
+// Fills the face of a slice. The fill starts from the point at half the radius on the slice's
 // mean angle. A thin slice may have its outline there, or be cut into pieces where its
 // two edges run close together; so every unfilled pixel along a few rays through the
-// slice that lies within its span seeds a fill too.
+// slice that lies within its span starts a fill too.
 void fillFace(QImage& img, int start, int end, int w, int h, QRgb surface, QRgb c)
 {
     const double a1 = charts::AngleOf(start, kPiEdges);
     const double a2 = charts::AngleOf(end, kPiEdges);
     const bool whole = end - start >= 100;
-    auto trySeed = [&](QPoint p) {
+    auto tryFrom = [&](QPoint p) {
         if (!img.rect().contains(p) || img.pixel(p) != surface)
             return;
         if (!whole && !inside(percentOf(p, w, h), start, end))
             return;
         floodFill(img, p, c);
     };
-    trySeed(rounded(charts::PointAtAngle((a1 + a2) / 2, w, h, 0.5)));
+    tryFrom(rounded(charts::PointAtAngle((a1 + a2) / 2, w, h, 0.5)));
     const double step = 1.0 / std::max(w, h);
     for (int j = 1; j < 8; ++j) {
         const double a = a1 + (a2 - a1) * j / 8;
         for (double f = 0.04; f < 1.0; f += step)
-            trySeed(rounded(charts::PointAtAngle(a, w, h, f)));
+            tryFrom(rounded(charts::PointAtAngle(a, w, h, f)));
     }
 }
 
@@ -156,7 +156,7 @@ void fillRim(QImage& img, int start, int end, int w, int h, int length, QRgb sur
 {
     const double a1 = charts::AngleOf(start, kPiEdges);
     const double a2 = charts::AngleOf(end, kPiEdges);
-    auto trySeed = [&](double a) {
+    auto tryFrom = [&](double a) {
         const QPoint top = rounded(charts::PointAtAngle(a, w, h));
         for (int dy = length / 2; dy >= 1; --dy) {
             const QPoint p = top + QPoint(0, dy);
@@ -170,9 +170,9 @@ void fillRim(QImage& img, int start, int end, int w, int h, int length, QRgb sur
             return;
         }
     };
-    trySeed((a1 + a2) / 2);
+    tryFrom((a1 + a2) / 2);
     for (int j = 1; j < 8; ++j)
-        trySeed(a1 + (a2 - a1) * j / 8);
+        tryFrom(a1 + (a2 - a1) * j / 8);
 }
 
 } // namespace

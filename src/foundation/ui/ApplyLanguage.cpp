@@ -52,11 +52,14 @@ void translateAction(QAction* action)
 {
     if (action->isSeparator())
         return;
-    translateCaption(action, QString(), action->text(), [action](const QString& t) { action->setText(t); });
+    // A menu's own action shares the menu's title: the caption is kept on the menu.
     if (QMenu* menu = action->menu()) {
+        translateCaption(menu, QString(), menu->title(), [menu](const QString& t) { menu->setTitle(t); });
         for (QAction* sub : menu->actions())
             translateAction(sub);
+        return;
     }
+    translateCaption(action, QString(), action->text(), [action](const QString& t) { action->setText(t); });
 }
 
 void translateTreeHeader(QTreeWidget* tree)
