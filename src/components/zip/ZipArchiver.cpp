@@ -597,7 +597,9 @@ int ZipArchiver::extract()
     if (entries.isEmpty())
         return finish(ZipNothingToDo);
 
-    const QString baseFolder = m_extractFolder.isEmpty() ? parentOf(m_archiveName) : m_extractFolder;
+    QString baseFolder = m_extractFolder.isEmpty() ? parentOf(m_archiveName) : m_extractFolder;
+    while (baseFolder.endsWith('\\'))
+        baseFolder.chop(1);
     QByteArray buffer(kCopyBlock, '\0');
     for (const Entry& e : entries) {
         vmk::DoEvents();
