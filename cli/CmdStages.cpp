@@ -2,10 +2,10 @@
 #include "CommandRegistry.h"
 
 #include "components/zip/ZipArchiver.h"
-#include "components/zip/ZipPaths.h"
 #include "filemanager/Stages.h"
 #include "foundation/Globals.h"
 #include "foundation/Settings.h"
+#include "platform/DriveMap.h"
 
 #include <QFile>
 #include <QFileInfo>
@@ -22,7 +22,7 @@ namespace
 // A host path given on the command line, in the program's logical form.
 QString logicalOf(const QString& arg)
 {
-    return vmk::zip::ZipPaths::toLogical(QFileInfo(arg).absoluteFilePath());
+    return vmk::DriveMap::instance().toLogical(QFileInfo(arg).absoluteFilePath());
 }
 
 int usageError(const char* usage)

@@ -2,13 +2,13 @@
 
 #include "components/cipher/Encryptor.h"
 #include "components/zip/ZipArchiver.h"
-#include "components/zip/ZipPaths.h"
-#include "filemanager/StageProgress.h"
 #include "filemanager/StageValues.h"
 #include "foundation/Globals.h"
 #include "foundation/Messages.h"
+#include "foundation/Progress.h"
 #include "foundation/Settings.h"
 #include "foundation/Translate.h"
+#include "platform/DriveMap.h"
 #include "platform/Pump.h"
 
 #include <QStringList>
@@ -19,14 +19,14 @@ namespace
 {
 QString hostPath(const QString& logical)
 {
-    return zip::ZipPaths::toNative(logical);
+    return DriveMap::instance().toNative(logical);
 }
 
 // The file manager's handlers on its zip control: the bar follows the file, and
 // an extracted entry takes ArchiveEntryName when the transfer set one.
 void attachStageHandlers(zip::ZipArchiver& zipControl)
 {
-    zipControl.events().fileProgress = [](const QString&, int percent) { ReportStageProgress(percent); };
+    zipControl.events().fileProgress = [](const QString&, int percent) { ProgressBarF(percent); };
     zipControl.events().unzipPreprocessingFile = [](const QString&, QString& destination) {
         if (SV().ArchiveEntryName.isEmpty())
             return;
@@ -49,7 +49,7 @@ cipher::FileCipher::Progress stageProgress()
 {
     // Keeps the screens painted; a stage is not cancelled midway.
     return [](int percent) {
-        ReportStageProgress(percent);
+        ProgressBarF(percent);
         DoEvents();
         return true;
     };

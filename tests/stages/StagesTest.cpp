@@ -1,10 +1,11 @@
-#include "components/zip/ZipArchiver.h"
-#include "filemanager/StageProgress.h"
-#include "filemanager/StageValues.h"
 #include "filemanager/Stages.h"
+#include "components/zip/ZipArchiver.h"
+#include "filemanager/StageValues.h"
 #include "foundation/Globals.h"
+#include "foundation/Progress.h"
 #include "foundation/Settings.h"
 
+#include "TestDrive.h"
 #include "TestSupport.h"
 
 #include <QDir>
@@ -20,11 +21,12 @@ using vmk::test::MessageRecorder;
 using vmk::test::readFile;
 using vmk::test::writeFile;
 
-namespace {
+namespace
+{
 // The stages speak logical paths; the test's folder stands for a drive.
 QString logical(const QString& native)
 {
-    return QString(native).replace('/', '\\');
+    return vmk::test::TestDrive::logical(native);
 }
 
 QByteArray content(qint64 size)
@@ -46,20 +48,21 @@ QString tool(const QString& program, const QStringList& args)
     p.waitForFinished(60000);
     return QString::fromUtf8(p.readAll()) + (p.exitCode() == 0 ? "" : "\nEXIT " + QString::number(p.exitCode()));
 }
-}  // namespace
+} // namespace
 
 TEST(Stages, CompressThenDecompressGivesTheSameBytesUnderTheSameName)
 {
     QTemporaryDir dir;
+    vmk::test::TestDrive drive(dir.path());
     MessageRecorder messages;
     zip::ZipArchiver zipControl;
     QList<int> bar;
-    SetStageProgressHook([&](int p) { bar << p; });
+    const ProgressHook previous = SetProgressBarFHook([&](int p) { bar << p; });
     const struct {
         const char* name;
         qint64 size;
-    } files[] = {{"empty.txt", 0}, {"one.bin", 1}, {"ten MB.dat", 10 << 20}, {"año Ünïcødé 文件.txt", 3000}};
-    for (int index : {0, 1, 2}) {
+    } files[] = { { "empty.txt", 0 }, { "one.bin", 1 }, { "ten MB.dat", 10 << 20 }, { "año Ünïcødé 文件.txt", 3000 } };
+    for (int index : { 0, 1, 2 }) {
         S().CompAlgorithm = index;
         for (const auto& f : files) {
             SCOPED_TRACE(QString("index %1 file %2").arg(index).arg(f.name).toStdString());
@@ -73,16 +76,16 @@ TEST(Stages, CompressThenDecompressGivesTheSameBytesUnderTheSameName)
             ASSERT_TRUE(CompressFile(logical(src), logical(packed), zipControl));
             ASSERT_TRUE(QFile::exists(packed)) << "the archive has the source's name, no .zip";
             EXPECT_EQ(bar.last(), 100);
-            const QString test = tool("unzip", {"-t", packed});
+            const QString test = tool("unzip", { "-t", packed });
             EXPECT_TRUE(test.contains("No errors detected")) << test.toStdString();
-            const QString names = tool("/usr/bin/python3", {"-c",
-                                                            "import sys,zipfile\n"
-                                                            "z=zipfile.ZipFile(sys.argv[1])\n"
-                                                            "print(z.namelist(), z.infolist()[0].compress_type)",
-                                                            packed});
+            const QString names = tool("/usr/bin/python3",
+                { "-c",
+                    "import sys,zipfile\n"
+                    "z=zipfile.ZipFile(sys.argv[1])\n"
+                    "print(z.namelist(), z.infolist()[0].compress_type)",
+                    packed });
             const int zipType = index == 2 ? 8 : 12;
-            EXPECT_EQ(names.trimmed(), QString("['%1'] %2").arg(name).arg(f.size ? zipType : zipType))
-                << names.toStdString();
+            EXPECT_EQ(names.trimmed(), QString("['%1'] %2").arg(name).arg(zipType)) << names.toStdString();
 
             ASSERT_TRUE(DecompressFile(logical(packed), logical(out) + "\\", zipControl));
             EXPECT_EQ(readFile(out + "/" + name), bytes);
@@ -90,12 +93,13 @@ TEST(Stages, CompressThenDecompressGivesTheSameBytesUnderTheSameName)
         }
     }
     EXPECT_TRUE(messages.texts.isEmpty()) << messages.texts.join("|").toStdString();
-    SetStageProgressHook(nullptr);
+    SetProgressBarFHook(previous);
 }
 
 TEST(Stages, ARenamedArchiveComesBackUnderItsNewNameAndIndexThreeKeepsTheMethod)
 {
     QTemporaryDir dir;
+    vmk::test::TestDrive drive(dir.path());
     MessageRecorder messages;
     zip::ZipArchiver zipControl;
     ASSERT_TRUE(writeFile(dir.filePath("report.txt"), content(50000)));
@@ -113,22 +117,23 @@ TEST(Stages, ARenamedArchiveComesBackUnderItsNewNameAndIndexThreeKeepsTheMethod)
     S().CompAlgorithm = 3;
     ASSERT_TRUE(CompressFile(logical(dir.filePath("report.txt")), logical(dir.filePath("a3")), zipControl));
     EXPECT_EQ(zipControl.compressionMethod(), 8);
-    EXPECT_TRUE(tool("unzip", {"-v", dir.filePath("a3")}).contains("Defl:X"));
+    EXPECT_TRUE(tool("unzip", { "-v", dir.filePath("a3") }).contains("Defl:X"));
     S().CompAlgorithm = 0;
     ASSERT_TRUE(CompressFile(logical(dir.filePath("report.txt")), logical(dir.filePath("a0")), zipControl));
-    EXPECT_TRUE(tool("unzip", {"-v", dir.filePath("a0")}).contains("BZip2"));
+    EXPECT_TRUE(tool("unzip", { "-v", dir.filePath("a0") }).contains("BZip2"));
     EXPECT_TRUE(messages.texts.isEmpty());
 }
 
 TEST(Stages, EncryptAndDecryptRoundTripWithBothCiphers)
 {
     QTemporaryDir dir;
+    vmk::test::TestDrive drive(dir.path());
     MessageRecorder messages;
     G().PassPhrase = "la clave del dueño";
     const qint64 chunk = 1 << 20;
-    for (int index : {0, 1}) {
+    for (int index : { 0, 1 }) {
         S().EncripAlgorithm = index;
-        for (qint64 size : {qint64(0), qint64(1), chunk, chunk + 1, 3 * chunk + 17}) {
+        for (qint64 size : { qint64(0), qint64(1), chunk, chunk + 1, 3 * chunk + 17 }) {
             SCOPED_TRACE(QString("cipher %1 size %2").arg(index).arg(size).toStdString());
             const QString src = dir.filePath("clear"), sealed = dir.filePath("sealed"), back = dir.filePath("back");
             ASSERT_TRUE(writeFile(src, content(size)));
@@ -151,6 +156,7 @@ TEST(Stages, EncryptAndDecryptRoundTripWithBothCiphers)
 TEST(Stages, FailuresShowTheirMessagesAndLeaveNoOutput)
 {
     QTemporaryDir dir;
+    vmk::test::TestDrive drive(dir.path());
     MessageRecorder messages;
     zip::ZipArchiver zipControl;
     G().PassPhrase = "first password";
@@ -165,7 +171,7 @@ TEST(Stages, FailuresShowTheirMessagesAndLeaveNoOutput)
         ASSERT_TRUE(writeFile(dir.filePath("bad"), bytes));
         messages.texts.clear();
         EXPECT_FALSE(DecryptFile(logical(dir.filePath("bad")), logical(out)));
-        EXPECT_EQ(messages.texts, QStringList{expected});
+        EXPECT_EQ(messages.texts, QStringList { expected });
         EXPECT_EQ(messages.kinds.last(), 0);
         EXPECT_FALSE(QFile::exists(out));
     };
@@ -189,7 +195,7 @@ TEST(Stages, FailuresShowTheirMessagesAndLeaveNoOutput)
     S().EncripAlgorithm = 3;
     EXPECT_FALSE(EncryptFile(logical(src), logical(out)));
     EXPECT_FALSE(DecryptFile(logical(sealed), logical(out)));
-    EXPECT_EQ(messages.texts, (QStringList{"¡Error iniciando encriptador!(8)", "¡Error iniciando encriptador!(8)"}));
+    EXPECT_EQ(messages.texts, (QStringList { "¡Error iniciando encriptador!(8)", "¡Error iniciando encriptador!(8)" }));
     EXPECT_FALSE(QFile::exists(out));
     S().EncripAlgorithm = 0;
 
@@ -198,7 +204,8 @@ TEST(Stages, FailuresShowTheirMessagesAndLeaveNoOutput)
     EXPECT_FALSE(EncryptFile(missing, logical(out)));
     EXPECT_FALSE(CompressFile(missing, logical(dir.filePath("z")), zipControl));
     EXPECT_FALSE(DecompressFile(logical(src), logical(dir.filePath("x")), zipControl));
-    EXPECT_EQ(messages.texts, (QStringList{"¡Error de encriptado! (1)\n" + missing, "¡Error de compresión! (1)",
-                                           "¡Error de descompresión! (3)"}));
+    EXPECT_EQ(messages.texts,
+        (QStringList {
+            "¡Error de encriptado! (1)\n" + missing, "¡Error de compresión! (1)", "¡Error de descompresión! (3)" }));
     EXPECT_FALSE(QFile::exists(dir.filePath("z")));
 }

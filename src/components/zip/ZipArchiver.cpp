@@ -3,6 +3,7 @@
 #include "components/zip/FileSpec.h"
 #include "components/zip/ZipCodes.h"
 #include "components/zip/ZipPaths.h"
+#include "platform/FileSearch.h"
 #include "platform/Pump.h"
 
 #include <QDateTime>
@@ -282,33 +283,26 @@ int ZipArchiver::finish(int result)
     return result;
 }
 
-void ZipArchiver::addFile(const QString& native, const QString& baseFolder, QList<PlannedFile>& out, Run& run)
+void ZipArchiver::addFile(PlannedFile file, const QString& baseFolder, QList<PlannedFile>& out, Run& run)
 {
-    const QFileInfo info(native);
-    const QString logical = ZipPaths::toLogical(info.absoluteFilePath());
-    if (isExcluded(logical))
+    if (isExcluded(file.source))
         return;
     ++run.total;
-    if (info.size() < m_minSize) {
-        run.skip(logical, SkipBelowMinimumSize);
+    if (file.size < m_minSize) {
+        run.skip(file.source, SkipBelowMinimumSize);
         return;
     }
-    QFile probe(native);
+    QFile probe(file.native);
     if (!probe.open(QIODevice::ReadOnly)) {
-        run.skip(logical, SkipAccessDenied);
+        run.skip(file.source, SkipAccessDenied);
         return;
     }
     probe.close();
 
-    PlannedFile file;
-    file.native = info.absoluteFilePath();
-    file.source = logical;
-    file.size = info.size();
-    file.mtime = info.lastModified().toSecsSinceEpoch();
-    if (m_preservePaths && !baseFolder.isEmpty() && logical.startsWith(baseFolder + '\\', Qt::CaseInsensitive))
-        file.stored = logical.mid(baseFolder.size() + 1);
+    if (m_preservePaths && !baseFolder.isEmpty() && file.source.startsWith(baseFolder + '\\', Qt::CaseInsensitive))
+        file.stored = file.source.mid(baseFolder.size() + 1);
     else
-        file.stored = info.fileName();
+        file.stored = file.source.mid(file.source.lastIndexOf('\\') + 1);
     bool exclude = false;
     if (m_events.preprocessingFile)
         m_events.preprocessingFile(file.stored, file.source, file.size, exclude);
@@ -322,45 +316,56 @@ void ZipArchiver::addFile(const QString& native, const QString& baseFolder, QLis
 void ZipArchiver::walkSpec(const QString& spec, QList<PlannedFile>& out, Run& run)
 {
     const FileSpec fs(spec);
-    QString folder = fs.isExact() ? fs.exactPath() : fs.folder();
-    QString mask = fs.mask();
-    const QString native = ZipPaths::toNative(folder);
+    const QString named = fs.isExact() ? fs.exactPath() : fs.folder();
+    const QString native = named.isEmpty() ? QString() : ZipPaths::toNative(named);
     const QFileInfo info(native);
     if (fs.isExact() && info.isFile()) {
-        addFile(native, parentOf(ZipPaths::toLogical(info.absoluteFilePath())), out, run);
+        PlannedFile file;
+        file.native = info.absoluteFilePath();
+        file.source = ZipPaths::toLogical(file.native);
+        file.size = info.size();
+        file.mtime = info.lastModified().toSecsSinceEpoch();
+        addFile(file, parentOf(file.source), out, run);
         return;
     }
-    if (folder.isEmpty() || !info.isDir()) {
+    if (native.isEmpty() || !info.isDir()) {
         run.skip(spec, SkipNotFound);
         return;
     }
-    if (mask.isEmpty())
-        mask = QStringLiteral("*");
-    const QString base = ZipPaths::toLogical(info.absoluteFilePath());
+    const QString mask = fs.mask().isEmpty() ? QStringLiteral("*") : fs.mask();
+    QString base = ZipPaths::toLogical(info.absoluteFilePath());
+    while (base.endsWith('\\'))
+        base.chop(1);
 
     // Files of a folder first, then its subfolders, each in name order: the same
-    // walk gives the same archive.
-    std::function<void(const QString&)> walk = [&](const QString& dir) {
-        if (m_abort)
-            return;
-        QDir d(dir);
-        const QFileInfoList files = d.entryInfoList(QDir::Files | QDir::Hidden, QDir::Name);
-        for (const QFileInfo& f : files) {
+    // walk gives the same archive. Junctions, links to folders and the mounts of
+    // kernel filesystems carry the junction word and are never entered; sockets,
+    // FIFOs and devices are never read.
+    std::function<void(const QString&)> walk = [&](const QString& folder) {
+        const QList<FoundEntry> entries = FileSearch::list(folder + '\\', QStringLiteral("*"));
+        for (const FoundEntry& e : entries) {
             if (m_abort)
                 return;
-            if (FileSpec::wildcardMatch(mask, f.fileName()))
-                addFile(f.absoluteFilePath(), base, out, run);
+            if ((e.attributes & (AttrDirectory | AttrDevice)) || !FileSpec::wildcardMatch(mask, e.name))
+                continue;
+            PlannedFile file;
+            file.native = e.nativePath;
+            file.source = folder + '\\' + e.name;
+            file.size = e.size;
+            file.mtime = e.modified.toSecsSinceEpoch();
+            addFile(file, base, out, run);
             vmk::DoEvents();
         }
         if (!fs.recursive())
             return;
-        // Symbolic links to folders are not followed, so no walk loops.
-        const QFileInfoList dirs
-            = d.entryInfoList(QDir::Dirs | QDir::Hidden | QDir::NoDotAndDotDot | QDir::NoSymLinks, QDir::Name);
-        for (const QFileInfo& sub : dirs)
-            walk(sub.absoluteFilePath());
+        for (const FoundEntry& e : entries) {
+            if (m_abort)
+                return;
+            if ((e.attributes & AttrDirectory) && e.attributes != AttrJunction)
+                walk(folder + '\\' + e.name);
+        }
     };
-    walk(info.absoluteFilePath());
+    walk(base);
 }
 
 int ZipArchiver::compress()

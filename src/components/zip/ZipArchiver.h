@@ -80,7 +80,7 @@ private:
     class Run;
 
     void walkSpec(const QString& spec, QList<PlannedFile>& out, Run& run);
-    void addFile(const QString& native, const QString& baseFolder, QList<PlannedFile>& out, Run& run);
+    void addFile(PlannedFile file, const QString& baseFolder, QList<PlannedFile>& out, Run& run);
     bool isExcluded(const QString& logical) const;
     int finish(int result);
     int copyToDestination(const QString& tempPath);

@@ -1,6 +1,7 @@
 #include "components/zip/ZipPaths.h"
 
-#include <QDir>
+#include "platform/DriveMap.h"
+
 #include <QStringList>
 
 namespace vmk::zip
@@ -8,12 +9,12 @@ namespace vmk::zip
 
 QString ZipPaths::toNative(const QString& logical)
 {
-    return QDir::fromNativeSeparators(QString(logical).replace('\\', '/'));
+    return DriveMap::instance().toNative(logical);
 }
 
 QString ZipPaths::toLogical(const QString& native)
 {
-    return QString(native).replace('/', '\\');
+    return DriveMap::instance().toLogical(native);
 }
 
 bool ZipPaths::isRooted(const QString& name)
