@@ -2,9 +2,9 @@
 
 #include "components/cipher/CryptoLibrary.h"
 #include "components/cipher/GcmCipher.h"
+#include "components/cipher/TargetFile.h"
 
 #include <QFile>
-#include <QSaveFile>
 
 #include <gcrypt.h>
 
@@ -145,8 +145,8 @@ CipherError FileCipher::encryptFile(const QString& source, const QString& target
     if (!keyed)
         return CipherError::LibraryFailure;
 
-    QSaveFile out(target);
-    if (!out.open(QIODevice::WriteOnly))
+    TargetFile out(target);
+    if (!out.open())
         return CipherError::TargetUnwritable;
     if (out.write(reinterpret_cast<const char*>(header), kHeaderSize) != kHeaderSize)
         return CipherError::TargetUnwritable;
@@ -222,8 +222,8 @@ CipherError FileCipher::decryptFile(
     if (!keyed)
         return CipherError::LibraryFailure;
 
-    QSaveFile out(target);
-    if (!out.open(QIODevice::WriteOnly))
+    TargetFile out(target);
+    if (!out.open())
         return CipherError::TargetUnwritable;
     QByteArray buffer(chunkSize + static_cast<qsizetype>(kTag), '\0');
     ProgressTicker ticker(progress);
