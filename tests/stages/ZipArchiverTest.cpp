@@ -52,6 +52,23 @@ int run(const QString& program, const QStringList& args, QString* output = nullp
     return p.exitCode();
 }
 
+// Each test gets its own host temporary folder, so tests running side by side
+// cannot see each other's work files.
+class PrivateTemp
+{
+public:
+    explicit PrivateTemp(const QString& folder)
+        : m_old(qgetenv("TMPDIR"))
+    {
+        QDir().mkpath(folder);
+        qputenv("TMPDIR", QFile::encodeName(folder));
+    }
+    ~PrivateTemp() { qputenv("TMPDIR", m_old); }
+
+private:
+    QByteArray m_old;
+};
+
 QStringList vmkTempDirs()
 {
     return QDir(QDir::tempPath()).entryList({ "vmkzip-*" }, QDir::Dirs | QDir::NoDotAndDotDot);
@@ -62,6 +79,7 @@ TEST(ZipArchiver, BuildsATreeWithEventsInOrderThatOtherToolsRead)
 {
     QTemporaryDir dir;
     vmk::test::TestDrive drive(dir.path());
+    PrivateTemp temp(dir.filePath("tmp"));
     const QString src = dir.filePath("src");
     ASSERT_TRUE(writeFile(src + "/a.txt", "alpha"));
     ASSERT_TRUE(writeFile(src + "/sub/b.bin", noise(300000, 1)));
@@ -210,6 +228,7 @@ TEST(ZipArchiver, AbortLeavesNoArchiveAndNoTemporaryFile)
     for (int i = 0; i < 4; ++i)
         ASSERT_TRUE(writeFile(dir.filePath(QString("in/f%1.bin").arg(i)), noise(3 << 20, i)));
     const QString archive = dir.filePath("a.zip");
+    PrivateTemp temp(dir.filePath("tmp"));
     const QStringList tempsBefore = vmkTempDirs();
 
     // Pressed while the library works (from the pump, as a Stop button would be).
@@ -238,7 +257,8 @@ TEST(ZipArchiver, AbortLeavesNoArchiveAndNoTemporaryFile)
     zip.setCompressionLevel(1);
     EXPECT_EQ(zip.compress(), ZipAborted);
     EXPECT_FALSE(QFile::exists(archive));
-    EXPECT_EQ(QDir(dir.path()).entryList(QDir::Files).size(), 0) << "no half archive beside the destination";
+    EXPECT_EQ(QDir(dir.path()).entryList(QDir::Files | QDir::Hidden).size(), 0)
+        << "no half archive beside the destination";
     EXPECT_EQ(vmkTempDirs(), tempsBefore);
 
     // And the next run starts with the flag clear.
