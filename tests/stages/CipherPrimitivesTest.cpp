@@ -44,7 +44,7 @@ TEST(CipherPrimitives, BlockCiphersMatchPublishedVectors)
         << "a 128-bit key is not a 256-bit cipher's key";
 }
 
-// The GCM specification's AES-256 test case 14 and a NIST CAVP GCMVS vector with
+// Test case 14 (AES-256) of McGrew and Viega's GCM paper and a NIST CAVP GCMVS vector with
 // associated data; both directions, and the tag rejects a changed byte anywhere.
 TEST(CipherPrimitives, GcmMatchesPublishedVectorsAndRejectsChanges)
 {

@@ -16,10 +16,10 @@ using vmk::test::writeFile;
 namespace
 {
 // Bytes that differ from chunk to chunk, so a swapped chunk cannot decrypt to the same text.
-QByteArray pattern(qint64 size, int seed = 7)
+QByteArray pattern(qint64 size, int start = 7)
 {
     QByteArray b(size, '\0');
-    quint32 x = 2166136261u ^ static_cast<quint32>(seed);
+    quint32 x = 2166136261u ^ static_cast<quint32>(start);
     for (qint64 i = 0; i < size; ++i) {
         x = (x ^ static_cast<quint32>(i)) * 16777619u;
         b[i] = static_cast<char>(x >> 13);

@@ -26,10 +26,10 @@ QString iface(const QString& native)
     return vmk::test::TestDrive::logical(native);
 }
 
-QByteArray noise(qint64 size, quint32 seed)
+QByteArray noise(qint64 size, quint32 start)
 {
     QByteArray b(size, '\0');
-    quint32 x = seed * 2654435761u + 1;
+    quint32 x = start * 2654435761u + 1;
     for (qint64 i = 0; i < size; ++i) {
         x ^= x << 13;
         x ^= x >> 17;

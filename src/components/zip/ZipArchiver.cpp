@@ -1,6 +1,6 @@
 #include "components/zip/ZipArchiver.h"
 
-#include "components/zip/FileSpec.h"
+#include "components/zip/FileMask.h"
 #include "components/zip/ZipCodes.h"
 #include "components/zip/ZipPaths.h"
 #include "platform/FileSearch.h"
@@ -45,10 +45,10 @@ QStringList splitLines(const QString& text)
     return out;
 }
 
-bool matchesAny(const QStringList& specs, const QString& path)
+bool matchesAny(const QStringList& lines, const QString& path)
 {
-    for (const QString& s : specs)
-        if (FileSpec(s).matches(path))
+    for (const QString& s : lines)
+        if (FileMask(s).matches(path))
             return true;
     return false;
 }
@@ -245,9 +245,9 @@ void ZipArchiver::setFilesToProcess(const QString& text)
     m_process = splitLines(text);
 }
 
-void ZipArchiver::addFileToProcess(const QString& spec)
+void ZipArchiver::addFileToProcess(const QString& line)
 {
-    m_process += splitLines(spec);
+    m_process += splitLines(line);
 }
 
 void ZipArchiver::setFilesToExclude(const QString& text)
@@ -255,9 +255,9 @@ void ZipArchiver::setFilesToExclude(const QString& text)
     m_exclude = splitLines(text);
 }
 
-void ZipArchiver::addFileToExclude(const QString& spec)
+void ZipArchiver::addFileToExclude(const QString& line)
 {
-    m_exclude += splitLines(spec);
+    m_exclude += splitLines(line);
 }
 
 void ZipArchiver::setCompressionLevel(int level)
@@ -313,9 +313,9 @@ void ZipArchiver::addFile(PlannedFile file, const QString& baseFolder, QList<Pla
     out << file;
 }
 
-void ZipArchiver::walkSpec(const QString& spec, QList<PlannedFile>& out, Run& run)
+void ZipArchiver::walkLine(const QString& line, QList<PlannedFile>& out, Run& run)
 {
-    const FileSpec fs(spec);
+    const FileMask fs(line);
     const QString named = fs.isExact() ? fs.exactPath() : fs.folder();
     const QString native = named.isEmpty() ? QString() : ZipPaths::toNative(named);
     const QFileInfo info(native);
@@ -329,7 +329,7 @@ void ZipArchiver::walkSpec(const QString& spec, QList<PlannedFile>& out, Run& ru
         return;
     }
     if (native.isEmpty() || !info.isDir()) {
-        run.skip(spec, SkipNotFound);
+        run.skip(line, SkipNotFound);
         return;
     }
     const QString mask = fs.mask().isEmpty() ? QStringLiteral("*") : fs.mask();
@@ -346,7 +346,7 @@ void ZipArchiver::walkSpec(const QString& spec, QList<PlannedFile>& out, Run& ru
         for (const FoundEntry& e : entries) {
             if (m_abort)
                 return;
-            if ((e.attributes & (AttrDirectory | AttrDevice)) || !FileSpec::wildcardMatch(mask, e.name))
+            if ((e.attributes & (AttrDirectory | AttrDevice)) || !FileMask::wildcardMatch(mask, e.name))
                 continue;
             PlannedFile file;
             file.native = e.nativePath;
@@ -375,8 +375,8 @@ int ZipArchiver::compress()
         return finish(ZipNoArchiveName);
     Run run(*this);
     QList<PlannedFile> files;
-    for (const QString& spec : m_process) {
-        walkSpec(spec, files, run);
+    for (const QString& line : m_process) {
+        walkLine(line, files, run);
         if (m_abort)
             return finish(ZipAborted);
     }

@@ -41,13 +41,13 @@ public:
     void setExtractFolder(const QString& folder) { m_extractFolder = folder; }
     QString extractFolder() const { return m_extractFolder; }
 
-    // The lists of file specifications (see FileSpec), one per line as text.
+    // The lists of file masks (see FileMask), one per line as text.
     void setFilesToProcess(const QString& text);
     QString filesToProcess() const { return m_process.join(QStringLiteral("\r\n")); }
-    void addFileToProcess(const QString& spec);
+    void addFileToProcess(const QString& line);
     void setFilesToExclude(const QString& text);
     QString filesToExclude() const { return m_exclude.join(QStringLiteral("\r\n")); }
-    void addFileToExclude(const QString& spec);
+    void addFileToExclude(const QString& line);
 
     // 0 stores, 1 fastest .. 9 smallest.
     void setCompressionLevel(int level);
@@ -79,7 +79,7 @@ private:
     struct PlannedFile;
     class Run;
 
-    void walkSpec(const QString& spec, QList<PlannedFile>& out, Run& run);
+    void walkLine(const QString& line, QList<PlannedFile>& out, Run& run);
     void addFile(PlannedFile file, const QString& baseFolder, QList<PlannedFile>& out, Run& run);
     bool isExcluded(const QString& logical) const;
     int finish(int result);

@@ -1,11 +1,11 @@
-#include "components/zip/FileSpec.h"
+#include "components/zip/FileMask.h"
 
 namespace vmk::zip
 {
 
-FileSpec::FileSpec(const QString& spec)
+FileMask::FileMask(const QString& line)
 {
-    QString s = spec.trimmed();
+    QString s = line.trimmed();
     if (s.endsWith(QLatin1String("<r>"), Qt::CaseInsensitive)) {
         m_recursive = true;
         s.chop(3);
@@ -25,7 +25,7 @@ FileSpec::FileSpec(const QString& spec)
     }
 }
 
-bool FileSpec::matches(const QString& path) const
+bool FileMask::matches(const QString& path) const
 {
     if (isExact()) {
         if (path.compare(m_exact, Qt::CaseInsensitive) == 0)
@@ -46,7 +46,7 @@ bool FileSpec::matches(const QString& path) const
         && dir.left(m_folder.size()).compare(m_folder, Qt::CaseInsensitive) == 0;
 }
 
-bool FileSpec::wildcardMatch(QStringView pattern, QStringView text)
+bool FileMask::wildcardMatch(QStringView pattern, QStringView text)
 {
     // Iterative match with one backtrack point for the last "*".
     qsizetype p = 0, t = 0, star = -1, mark = 0;

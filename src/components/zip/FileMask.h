@@ -12,21 +12,21 @@ namespace vmk::zip
 //   "E:\Docs\*<r>"     the folder and everything below it ("<r>" after any mask)
 //   "*.tmp", "*"       file names anywhere
 // Matching ignores case, as the drive's own filesystem does.
-class FileSpec
+class FileMask
 {
 public:
-    explicit FileSpec(const QString& spec);
+    explicit FileMask(const QString& line);
 
     bool recursive() const { return m_recursive; }
     // The folder part without a trailing "\"; empty for a bare mask.
     QString folder() const { return m_folder; }
-    // The wildcard on names; empty when the spec names one path exactly.
+    // The wildcard on names; empty when the line names one path exactly.
     QString mask() const { return m_mask; }
-    // The whole path when the spec has no wildcard.
+    // The whole path when the line has no wildcard.
     QString exactPath() const { return m_exact; }
     bool isExact() const { return m_mask.isEmpty(); }
 
-    // Does the path ("E:\Docs\a.txt" or "Docs\a.txt") fall under this spec?
+    // Does the path ("E:\Docs\a.txt" or "Docs\a.txt") fall under this line?
     bool matches(const QString& path) const;
 
     // "*" any run, "?" one character, case-insensitive.
