@@ -1,0 +1,62 @@
+#!/usr/bin/env bash
+# Pack and seal stages against the reference tools, in the same run:
+#  - a 1 GiB file encrypted and decrypted by `vmk` (AES-256) against `openssl enc -aes-256-ctr`
+#  - a 200 MB mixed tree compressed by the zip component (deflate 9) against Info-ZIP `zip -9 -r`
+# Prints each time and the ratio (reference time / our time: above 1 means faster than the reference).
+# Usage: bench/stages/run.sh [BUILD_DIR]   (default: build)
+set -euo pipefail
+cd "$(dirname "$0")/../.."
+bin=${1:-build}/bin
+[ -x "$bin/vmk" ] && [ -x "$bin/bench_zip_tree" ] || { echo "build vmk and bench_zip_tree first" >&2; exit 1; }
+work=$(mktemp -d "${TMPDIR:-/tmp}/vmk-bench-stages.XXXXXX")
+trap 'rm -rf "$work"' EXIT
+
+now() { date +%s.%N; }
+# Best of two runs of a command, in seconds.
+best() {
+  local b="" s e t
+  for _ in 1 2; do
+    s=$(now); "$@" >/dev/null; e=$(now)
+    t=$(echo "$e - $s" | bc -l)
+    if [ -z "$b" ] || [ "$(echo "$t < $b" | bc -l)" = 1 ]; then b=$t; fi
+  done
+  printf '%.3f' "$b"
+}
+ratio() { printf '%.2f' "$(echo "$1 / $2" | bc -l)"; }
+
+echo "== 1 GiB AES-256: vmk encrypt/decrypt vs openssl enc -aes-256-ctr"
+head -c 1073741824 /dev/urandom > "$work/big.bin"
+printf 'bench pass phrase\n' > "$work/pass"
+cat "$work/big.bin" > /dev/null
+ours_enc=$(best "$bin/vmk" encrypt --algorithm 0 --pass-file "$work/pass" "$work/big.bin" "$work/big.vmk")
+ref_enc=$(best openssl enc -aes-256-ctr -pbkdf2 -pass file:"$work/pass" -in "$work/big.bin" -out "$work/big.ossl")
+ours_dec=$(best "$bin/vmk" decrypt --pass-file "$work/pass" "$work/big.vmk" "$work/big.back")
+ref_dec=$(best openssl enc -d -aes-256-ctr -pbkdf2 -pass file:"$work/pass" -in "$work/big.ossl" -out "$work/big.oback")
+cmp -s "$work/big.bin" "$work/big.back" || { echo "decrypted file differs" >&2; exit 1; }
+mb=1024
+echo "encrypt: vmk ${ours_enc}s ($(printf '%.0f' "$(echo "$mb / $ours_enc" | bc -l)") MB/s), openssl ${ref_enc}s ($(printf '%.0f' "$(echo "$mb / $ref_enc" | bc -l)") MB/s), throughput ratio $(ratio "$ref_enc" "$ours_enc") (target >= 0.8)"
+echo "decrypt: vmk ${ours_dec}s ($(printf '%.0f' "$(echo "$mb / $ours_dec" | bc -l)") MB/s), openssl ${ref_dec}s ($(printf '%.0f' "$(echo "$mb / $ref_dec" | bc -l)") MB/s), throughput ratio $(ratio "$ref_dec" "$ours_dec") (target >= 0.8)"
+rm -f "$work"/big.*
+
+echo "== 200 MB mixed tree: zip component deflate 9 vs zip -9 -r"
+tree="$work/tree"
+mkdir -p "$tree"
+# About 200 MB: text (headers), binaries (shared libraries) and incompressible data.
+size_mb() { du -sm "$tree" | cut -f1; }
+mkdir -p "$tree/include" "$tree/lib" "$tree/random"
+for d in /usr/include/*; do
+  cp -r "$d" "$tree/include/" 2>/dev/null || true
+  [ "$(size_mb)" -ge 90 ] && break
+done
+for f in /usr/lib/x86_64-linux-gnu/*.so*; do
+  [ -f "$f" ] || continue
+  cp -L "$f" "$tree/lib/" 2>/dev/null || true
+  [ "$(size_mb)" -ge 180 ] && break
+done
+for i in $(seq 1 20); do head -c 1048576 /dev/urandom > "$tree/random/r$i.bin"; done
+echo "tree: $(du -sm "$tree" | cut -f1) MB, $(find "$tree" -type f | wc -l) files"
+cat $(find "$tree" -type f) > /dev/null 2>&1 || true
+ours_zip=$(best "$bin/bench_zip_tree" "$tree" "$work/ours.zip")
+ref_zip=$(best sh -c "cd '$tree' && rm -f '$work/ref.zip' && zip -9 -r -q '$work/ref.zip' ." )
+unzip -tq "$work/ours.zip" >/dev/null || { echo "our archive fails unzip -t" >&2; exit 1; }
+echo "compress: ours ${ours_zip}s ($(du -m "$work/ours.zip" | cut -f1) MB), zip -9 -r ${ref_zip}s ($(du -m "$work/ref.zip" | cut -f1) MB), speed ratio $(ratio "$ref_zip" "$ours_zip") (target >= 1.0)"

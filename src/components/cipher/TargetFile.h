@@ -1,0 +1,28 @@
+#pragma once
+
+#include <QFile>
+#include <QString>
+#include <QTemporaryFile>
+
+namespace vmk::cipher
+{
+
+// The output of one file operation: written to a temporary file beside the target
+// and renamed over it only by commit(), so a failed or abandoned operation leaves
+// no target and an existing target untouched. Unlike QSaveFile it does not force
+// the data to disk before the rename: a sealed gigabyte would otherwise wait for
+// the whole device write at every file.
+class TargetFile
+{
+public:
+    explicit TargetFile(const QString& target);
+    bool open();
+    qint64 write(const char* data, qint64 len) { return m_temp.write(data, len); }
+    bool commit();
+
+private:
+    QString m_target;
+    QTemporaryFile m_temp;
+};
+
+} // namespace vmk::cipher

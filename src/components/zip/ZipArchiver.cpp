@@ -1,0 +1,695 @@
+#include "components/zip/ZipArchiver.h"
+
+#include "components/zip/FileMask.h"
+#include "components/zip/ZipCodes.h"
+#include "components/zip/ZipPaths.h"
+#include "platform/FileSearch.h"
+#include "platform/Pump.h"
+
+#include <QDateTime>
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+#include <QSaveFile>
+#include <QSet>
+#include <QTemporaryDir>
+
+#include <zip.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <chrono>
+#include <condition_variable>
+#include <cstdio>
+#include <deque>
+#include <functional>
+#include <memory>
+#include <mutex>
+#include <thread>
+
+namespace vmk::zip
+{
+
+namespace
+{
+constexpr qint64 kCopyBlock = 1 << 20;
+
+QStringList splitLines(const QString& text)
+{
+    QStringList out;
+    for (const QString& line : text.split('\n')) {
+        const QString t = QString(line).remove('\r');
+        if (!t.isEmpty())
+            out << t;
+    }
+    return out;
+}
+
+bool matchesAny(const QStringList& lines, const QString& path)
+{
+    for (const QString& s : lines)
+        if (FileMask(s).matches(path))
+            return true;
+    return false;
+}
+
+int percent(qint64 done, qint64 total)
+{
+    if (total <= 0)
+        return 100;
+    return static_cast<int>(std::clamp<qint64>(done * 100 / total, 0, 100));
+}
+
+zip_int32_t libraryMethod(int method, int level)
+{
+    if (level == 0)
+        return ZIP_CM_STORE;
+    return method == MethodDeflate ? ZIP_CM_DEFLATE : ZIP_CM_BZIP2;
+}
+
+QString parentOf(const QString& logical)
+{
+    const qsizetype cut = logical.lastIndexOf('\\');
+    return cut < 0 ? QString() : logical.left(cut);
+}
+} // namespace
+
+struct ZipArchiver::PlannedFile {
+    QString native; // host path to read
+    QString source; // interface name of the file
+    QString stored; // interface form of the stored name
+    qint64 size = 0;
+    qint64 mtime = 0;
+};
+
+// One operation's counters and, while the library works on its worker thread, the
+// queue of events waiting to be fired on the calling thread in order.
+class ZipArchiver::Run
+{
+public:
+    explicit Run(ZipArchiver& owner)
+        : m_owner(owner)
+    {
+    }
+
+    int total = 0;
+    int processed = 0;
+    int skipped = 0;
+    qint64 totalBytes = 0;
+    qint64 doneBytes = 0;
+    int lastPercent = -1;
+
+    void skip(const QString& name, int reason)
+    {
+        ++skipped;
+        if (m_owner.m_events.skippingFile)
+            m_owner.m_events.skippingFile(name, reason);
+    }
+
+    void status()
+    {
+        const int p = percent(doneBytes, totalBytes);
+        if (m_owner.m_events.globalStatus)
+            m_owner.m_events.globalStatus(total, processed, skipped, p);
+    }
+
+    // Worker side: queue an event for the calling thread.
+    void post(std::function<void()> event)
+    {
+        {
+            std::lock_guard lock(m_mutex);
+            m_queue.push_back(std::move(event));
+        }
+        m_wake.notify_one();
+    }
+
+    // Runs work() on a worker thread; meanwhile fires queued events and pumps.
+    template<class Work> auto runOnWorker(Work work)
+    {
+        decltype(work()) result {};
+        bool done = false;
+        std::thread worker([&] {
+            auto r = work();
+            std::lock_guard lock(m_mutex);
+            result = r;
+            done = true;
+            m_wake.notify_one();
+        });
+        for (;;) {
+            std::deque<std::function<void()>> batch;
+            bool finished;
+            {
+                std::unique_lock lock(m_mutex);
+                m_wake.wait_for(lock, std::chrono::milliseconds(50), [&] { return done || !m_queue.empty(); });
+                batch.swap(m_queue);
+                finished = done;
+            }
+            for (auto& e : batch)
+                e();
+            vmk::DoEvents();
+            if (finished)
+                break;
+        }
+        worker.join();
+        return result;
+    }
+
+private:
+    ZipArchiver& m_owner;
+    std::mutex m_mutex;
+    std::condition_variable m_wake;
+    std::deque<std::function<void()>> m_queue;
+};
+
+namespace
+{
+// A file fed to the library during zip_close (on the worker thread): it counts
+// what is read so the calling thread hears of each file's and the run's progress.
+struct FileFeed {
+    QString name;
+    QByteArray native;
+    qint64 size = 0;
+    qint64 mtime = 0;
+    std::FILE* file = nullptr;
+    qint64 read = 0;
+    int lastFilePercent = -1;
+    zip_error_t error;
+    std::function<void(FileFeed&, qint64 delta, bool closed)> onProgress;
+};
+
+zip_int64_t feedCallback(void* userdata, void* data, zip_uint64_t len, zip_source_cmd_t cmd)
+{
+    auto* f = static_cast<FileFeed*>(userdata);
+    switch (cmd) {
+    case ZIP_SOURCE_OPEN:
+        f->file = std::fopen(f->native.constData(), "rb");
+        if (!f->file) {
+            zip_error_set(&f->error, ZIP_ER_OPEN, errno);
+            return -1;
+        }
+        f->read = 0;
+        return 0;
+    case ZIP_SOURCE_READ: {
+        const size_t n = std::fread(data, 1, len, f->file);
+        if (n < len && std::ferror(f->file)) {
+            zip_error_set(&f->error, ZIP_ER_READ, errno);
+            return -1;
+        }
+        f->read += static_cast<qint64>(n);
+        f->onProgress(*f, static_cast<qint64>(n), false);
+        return static_cast<zip_int64_t>(n);
+    }
+    case ZIP_SOURCE_CLOSE:
+        if (f->file)
+            std::fclose(f->file);
+        f->file = nullptr;
+        f->onProgress(*f, 0, true);
+        return 0;
+    case ZIP_SOURCE_STAT: {
+        auto* st = ZIP_SOURCE_GET_ARGS(zip_stat_t, data, len, &f->error);
+        if (!st)
+            return -1;
+        zip_stat_init(st);
+        st->size = static_cast<zip_uint64_t>(f->size);
+        st->mtime = static_cast<time_t>(f->mtime);
+        st->valid |= ZIP_STAT_SIZE | ZIP_STAT_MTIME;
+        return sizeof(zip_stat_t);
+    }
+    case ZIP_SOURCE_ERROR:
+        return zip_error_to_data(&f->error, data, len);
+    case ZIP_SOURCE_FREE:
+        if (f->file)
+            std::fclose(f->file);
+        f->file = nullptr;
+        return 0;
+    case ZIP_SOURCE_SUPPORTS:
+        return zip_source_make_command_bitmap(
+            ZIP_SOURCE_OPEN, ZIP_SOURCE_READ, ZIP_SOURCE_CLOSE, ZIP_SOURCE_STAT, ZIP_SOURCE_ERROR, ZIP_SOURCE_FREE, -1);
+    default:
+        zip_error_set(&f->error, ZIP_ER_OPNOTSUPP, 0);
+        return -1;
+    }
+}
+
+int cancelCallback(zip_t*, void* state)
+{
+    return static_cast<std::atomic<bool>*>(state)->load() ? 1 : 0;
+}
+} // namespace
+
+ZipArchiver::ZipArchiver() = default;
+ZipArchiver::~ZipArchiver() = default;
+
+void ZipArchiver::setFilesToProcess(const QString& text)
+{
+    m_process = splitLines(text);
+}
+
+void ZipArchiver::addFileToProcess(const QString& line)
+{
+    m_process += splitLines(line);
+}
+
+void ZipArchiver::setFilesToExclude(const QString& text)
+{
+    m_exclude = splitLines(text);
+}
+
+void ZipArchiver::addFileToExclude(const QString& line)
+{
+    m_exclude += splitLines(line);
+}
+
+void ZipArchiver::setCompressionLevel(int level)
+{
+    m_level = qBound(0, level, 9);
+}
+
+void ZipArchiver::setCompressionMethod(int method)
+{
+    if (method == MethodDeflate || method == MethodBzip2 || method == MethodBwt)
+        m_method = method;
+}
+
+bool ZipArchiver::isExcluded(const QString& logical) const
+{
+    return matchesAny(m_exclude, logical);
+}
+
+int ZipArchiver::finish(int result)
+{
+    if (m_events.processCompleted)
+        m_events.processCompleted();
+    return result;
+}
+
+void ZipArchiver::addFile(PlannedFile file, const QString& baseFolder, QList<PlannedFile>& out, Run& run)
+{
+    if (isExcluded(file.source))
+        return;
+    ++run.total;
+    if (file.size < m_minSize) {
+        run.skip(file.source, SkipBelowMinimumSize);
+        return;
+    }
+    QFile probe(file.native);
+    if (!probe.open(QIODevice::ReadOnly)) {
+        run.skip(file.source, SkipAccessDenied);
+        return;
+    }
+    probe.close();
+
+    if (m_preservePaths && !baseFolder.isEmpty() && file.source.startsWith(baseFolder + '\\', Qt::CaseInsensitive))
+        file.stored = file.source.mid(baseFolder.size() + 1);
+    else
+        file.stored = file.source.mid(file.source.lastIndexOf('\\') + 1);
+    bool exclude = false;
+    if (m_events.preprocessingFile)
+        m_events.preprocessingFile(file.stored, file.source, file.size, exclude);
+    if (exclude) {
+        --run.total;
+        return;
+    }
+    out << file;
+}
+
+void ZipArchiver::walkLine(const QString& line, QList<PlannedFile>& out, Run& run)
+{
+    const FileMask fs(line);
+    const QString named = fs.isExact() ? fs.exactPath() : fs.folder();
+    const QString native = named.isEmpty() ? QString() : ZipPaths::toNative(named);
+    const QFileInfo info(native);
+    if (fs.isExact() && info.isFile()) {
+        PlannedFile file;
+        file.native = info.absoluteFilePath();
+        file.source = ZipPaths::toLogical(file.native);
+        file.size = info.size();
+        file.mtime = info.lastModified().toSecsSinceEpoch();
+        addFile(file, parentOf(file.source), out, run);
+        return;
+    }
+    if (native.isEmpty() || !info.isDir()) {
+        run.skip(line, SkipNotFound);
+        return;
+    }
+    const QString mask = fs.mask().isEmpty() ? QStringLiteral("*") : fs.mask();
+    QString base = ZipPaths::toLogical(info.absoluteFilePath());
+    while (base.endsWith('\\'))
+        base.chop(1);
+
+    // Files of a folder first, then its subfolders, each in name order: the same
+    // walk gives the same archive. Junctions, links to folders and the mounts of
+    // kernel filesystems carry the junction word and are never entered; sockets,
+    // FIFOs and devices are never read.
+    std::function<void(const QString&)> walk = [&](const QString& folder) {
+        const QList<FoundEntry> entries = FileSearch::list(folder + '\\', QStringLiteral("*"));
+        for (const FoundEntry& e : entries) {
+            if (m_abort)
+                return;
+            if ((e.attributes & (AttrDirectory | AttrDevice)) || !FileMask::wildcardMatch(mask, e.name))
+                continue;
+            PlannedFile file;
+            file.native = e.nativePath;
+            file.source = folder + '\\' + e.name;
+            file.size = e.size;
+            file.mtime = e.modified.toSecsSinceEpoch();
+            addFile(file, base, out, run);
+            vmk::DoEvents();
+        }
+        if (!fs.recursive())
+            return;
+        for (const FoundEntry& e : entries) {
+            if (m_abort)
+                return;
+            if ((e.attributes & AttrDirectory) && e.attributes != AttrJunction)
+                walk(folder + '\\' + e.name);
+        }
+    };
+    walk(base);
+}
+
+int ZipArchiver::compress()
+{
+    m_abort = false;
+    if (m_archiveName.trimmed().isEmpty())
+        return finish(ZipNoArchiveName);
+    Run run(*this);
+    QList<PlannedFile> files;
+    for (const QString& line : m_process) {
+        walkLine(line, files, run);
+        if (m_abort)
+            return finish(ZipAborted);
+    }
+
+    // Two files under one stored name: the first keeps it.
+    QSet<QString> storedNames;
+    QList<PlannedFile> planned;
+    for (const PlannedFile& f : files) {
+        const QString key = ZipPaths::toStored(f.stored).toCaseFolded();
+        if (f.stored.isEmpty() || ZipPaths::hasParentStep(f.stored) || storedNames.contains(key)) {
+            run.skip(
+                f.source, f.stored.isEmpty() || ZipPaths::hasParentStep(f.stored) ? SkipUnsafeName : SkipDuplicateName);
+            continue;
+        }
+        storedNames.insert(key);
+        planned << f;
+        run.totalBytes += f.size;
+    }
+    if (planned.isEmpty())
+        return finish(ZipNothingToDo);
+
+    QTemporaryDir temp(QDir::tempPath() + QStringLiteral("/vmkzip-XXXXXX"));
+    if (!temp.isValid())
+        return finish(ZipTempFileFailed);
+    const QString tempArchive = temp.filePath(QStringLiteral("archive.zip"));
+    const QString destination = ZipPaths::toNative(m_archiveName);
+    int flags = ZIP_CREATE | ZIP_TRUNCATE;
+    if (!m_replace && QFileInfo(destination).isFile()) {
+        // Keep the entries of the archive: work on a copy of it.
+        QFile src(destination), dst(tempArchive);
+        if (!src.open(QIODevice::ReadOnly))
+            return finish(ZipArchiveUnreadable);
+        if (!dst.open(QIODevice::WriteOnly))
+            return finish(ZipTempFileFailed);
+        const qint64 size = src.size();
+        qint64 copied = 0;
+        QByteArray block;
+        while (!(block = src.read(kCopyBlock)).isEmpty()) {
+            if (dst.write(block) != block.size())
+                return finish(ZipTempFileFailed);
+            copied += block.size();
+            if (m_events.tempFileProgress)
+                m_events.tempFileProgress(percent(copied, size));
+            vmk::DoEvents();
+            if (m_abort)
+                return finish(ZipAborted);
+        }
+        dst.close();
+        flags = ZIP_CREATE;
+    }
+
+    int zerr = 0;
+    zip_t* za = zip_open(QFile::encodeName(tempArchive).constData(), flags, &zerr);
+    if (!za)
+        return finish(flags == ZIP_CREATE ? ZipArchiveUnreadable : ZipTempFileFailed);
+
+    std::vector<std::unique_ptr<FileFeed>> feeds;
+    feeds.reserve(static_cast<size_t>(planned.size()));
+    auto onProgress = [this, &run](FileFeed& f, qint64 delta, bool closed) {
+        // Worker thread: count, and queue what the calling thread should hear.
+        run.doneBytes += delta; // only the worker writes it while the library runs
+        const int fp = closed ? 100 : percent(f.read, f.size);
+        if (fp != f.lastFilePercent) {
+            f.lastFilePercent = fp;
+            const QString name = f.name;
+            run.post([this, name, fp] {
+                if (m_events.fileProgress)
+                    m_events.fileProgress(name, fp);
+            });
+        }
+        const int overall = percent(run.doneBytes, run.totalBytes);
+        if (closed || overall != run.lastPercent) {
+            run.lastPercent = overall;
+            if (closed)
+                ++run.processed;
+            const int t = run.total, p = run.processed, s = run.skipped, pc = percent(run.doneBytes, run.totalBytes);
+            run.post([this, t, p, s, pc] {
+                if (m_events.globalStatus)
+                    m_events.globalStatus(t, p, s, pc);
+            });
+        }
+    };
+    for (const PlannedFile& f : planned) {
+        auto feed = std::make_unique<FileFeed>();
+        feed->name = f.source;
+        feed->native = QFile::encodeName(f.native);
+        feed->size = f.size;
+        feed->mtime = f.mtime;
+        zip_error_init(&feed->error);
+        feed->onProgress = onProgress;
+        zip_source_t* src = zip_source_function(za, feedCallback, feed.get());
+        if (!src) {
+            zip_discard(za);
+            return finish(ZipCompressionFailed);
+        }
+        const QByteArray name = ZipPaths::toStored(f.stored).toUtf8();
+        const zip_int64_t index = zip_file_add(za, name.constData(), src, ZIP_FL_ENC_UTF_8 | ZIP_FL_OVERWRITE);
+        if (index < 0) {
+            zip_source_free(src);
+            zip_discard(za);
+            return finish(ZipCompressionFailed);
+        }
+        zip_set_file_compression(
+            za, static_cast<zip_uint64_t>(index), libraryMethod(m_method, m_level), static_cast<zip_uint32_t>(m_level));
+        feeds.push_back(std::move(feed));
+    }
+    zip_register_cancel_callback_with_state(za, cancelCallback, nullptr, &m_abort);
+
+    // All of the library's work happens in zip_close: run it on a worker thread
+    // while this thread fires the events it produces and keeps the screens alive.
+    const int closed = run.runOnWorker([za] { return zip_close(za); });
+    if (closed != 0) {
+        const bool cancelled = zip_error_code_zip(zip_get_error(za)) == ZIP_ER_CANCELLED || m_abort;
+        zip_discard(za);
+        return finish(cancelled ? ZipAborted : ZipCompressionFailed);
+    }
+    if (m_events.tempFileProgress)
+        m_events.tempFileProgress(100);
+    if (m_abort)
+        return finish(ZipAborted);
+    return finish(copyToDestination(tempArchive));
+}
+
+int ZipArchiver::copyToDestination(const QString& tempPath)
+{
+    QFile in(tempPath);
+    if (!in.open(QIODevice::ReadOnly))
+        return ZipTempFileFailed;
+    // Written beside the destination and renamed at the end: the device is written
+    // once, and an abort or a pulled drive leaves no half archive.
+    QSaveFile out(ZipPaths::toNative(m_archiveName));
+    if (!out.open(QIODevice::WriteOnly))
+        return ZipDestinationFailed;
+    const qint64 size = in.size();
+    qint64 written = 0;
+    QByteArray block;
+    if (m_events.writeProgress)
+        m_events.writeProgress(percent(0, size == 0 ? 1 : size));
+    while (!(block = in.read(kCopyBlock)).isEmpty()) {
+        if (out.write(block) != block.size())
+            return ZipDestinationFailed;
+        written += block.size();
+        vmk::DoEvents();
+        if (m_abort) {
+            out.cancelWriting();
+            return ZipAborted;
+        }
+        if (written < size && m_events.writeProgress)
+            m_events.writeProgress(percent(written, size));
+    }
+    if (!out.commit())
+        return ZipDestinationFailed;
+    if (m_events.writeProgress)
+        m_events.writeProgress(100);
+    return ZipOk;
+}
+
+int ZipArchiver::listArchive()
+{
+    m_abort = false;
+    if (m_archiveName.trimmed().isEmpty())
+        return ZipNoArchiveName;
+    int zerr = 0;
+    zip_t* za = zip_open(QFile::encodeName(ZipPaths::toNative(m_archiveName)).constData(), ZIP_RDONLY, &zerr);
+    if (!za)
+        return ZipArchiveUnreadable;
+    const zip_int64_t n = zip_get_num_entries(za, 0);
+    for (zip_int64_t i = 0; i < n; ++i) {
+        zip_stat_t st;
+        if (zip_stat_index(za, static_cast<zip_uint64_t>(i), ZIP_FL_ENC_GUESS, &st) != 0) {
+            zip_discard(za);
+            return ZipArchiveUnreadable;
+        }
+        if (m_events.listingFile)
+            m_events.listingFile(ZipPaths::toInterface(QString::fromUtf8(st.name)), static_cast<qint64>(st.size));
+        if (m_events.listStatus)
+            m_events.listStatus(percent(i + 1, n));
+        if ((i & 63) == 63)
+            vmk::DoEvents();
+        if (m_abort) {
+            zip_discard(za);
+            return ZipAborted;
+        }
+    }
+    if (n == 0 && m_events.listStatus)
+        m_events.listStatus(100);
+    zip_discard(za);
+    return ZipOk;
+}
+
+int ZipArchiver::extract()
+{
+    m_abort = false;
+    if (m_archiveName.trimmed().isEmpty())
+        return finish(ZipNoArchiveName);
+    int zerr = 0;
+    zip_t* za = zip_open(QFile::encodeName(ZipPaths::toNative(m_archiveName)).constData(), ZIP_RDONLY, &zerr);
+    if (!za)
+        return finish(ZipArchiveUnreadable);
+    std::unique_ptr<zip_t, void (*)(zip_t*)> guard(za, zip_discard);
+
+    struct Entry {
+        zip_uint64_t index;
+        QString name;
+        qint64 size;
+        qint64 mtime;
+    };
+    Run run(*this);
+    QList<Entry> entries;
+    const zip_int64_t n = zip_get_num_entries(za, 0);
+    for (zip_int64_t i = 0; i < n; ++i) {
+        zip_stat_t st;
+        if (zip_stat_index(za, static_cast<zip_uint64_t>(i), ZIP_FL_ENC_GUESS, &st) != 0)
+            return finish(ZipArchiveUnreadable);
+        const QString name = ZipPaths::toInterface(QString::fromUtf8(st.name));
+        if (!matchesAny(m_process, name) || matchesAny(m_exclude, name))
+            continue;
+        entries << Entry { static_cast<zip_uint64_t>(i), name, static_cast<qint64>(st.size),
+            static_cast<qint64>(st.mtime) };
+        run.totalBytes += static_cast<qint64>(st.size);
+    }
+    run.total = static_cast<int>(entries.size());
+    if (entries.isEmpty())
+        return finish(ZipNothingToDo);
+
+    QString baseFolder = m_extractFolder.isEmpty() ? parentOf(m_archiveName) : m_extractFolder;
+    while (baseFolder.endsWith('\\'))
+        baseFolder.chop(1);
+    QByteArray buffer(kCopyBlock, '\0');
+    for (const Entry& e : entries) {
+        vmk::DoEvents();
+        if (m_abort)
+            return finish(ZipAborted);
+        const bool isFolder = e.name.endsWith('\\');
+        const QString name = isFolder ? e.name.chopped(1) : e.name;
+        // Names that climb out with ".." are never written; a name with its own
+        // drive is refused when the user chose a folder, since it would leave it.
+        if (name.isEmpty() || ZipPaths::hasParentStep(name)
+            || (ZipPaths::isRooted(name) && !m_extractFolder.isEmpty())) {
+            run.skip(e.name, SkipUnsafeName);
+            continue;
+        }
+        QString destination = ZipPaths::isRooted(name) ? name : baseFolder + '\\' + name;
+        if (m_events.unzipPreprocessingFile)
+            m_events.unzipPreprocessingFile(e.name, destination);
+        if (destination.isEmpty() || ZipPaths::hasParentStep(destination)) {
+            run.skip(e.name, SkipUnsafeName);
+            continue;
+        }
+        const QString native = ZipPaths::toNative(destination);
+        if (isFolder) {
+            if (!QDir().mkpath(native))
+                run.skip(e.name, SkipDestinationFailed);
+            else
+                ++run.processed;
+            run.status();
+            continue;
+        }
+        QDir().mkpath(QFileInfo(native).absolutePath());
+        QSaveFile out(native);
+        zip_file_t* zf = zip_fopen_index(za, e.index, 0);
+        if (!zf) {
+            run.skip(e.name, SkipDamagedEntry);
+            continue;
+        }
+        if (!out.open(QIODevice::WriteOnly)) {
+            zip_fclose(zf);
+            run.skip(e.name, SkipDestinationFailed);
+            continue;
+        }
+        qint64 got = 0, done = 0;
+        bool failed = false, writeFailed = false;
+        int lastPercent = -1;
+        while ((got = zip_fread(zf, buffer.data(), static_cast<zip_uint64_t>(buffer.size()))) > 0) {
+            if (out.write(buffer.constData(), got) != got) {
+                writeFailed = true;
+                break;
+            }
+            done += got;
+            run.doneBytes += got;
+            const int p = percent(done, e.size);
+            if (p != lastPercent && m_events.fileProgress) {
+                lastPercent = p;
+                m_events.fileProgress(e.name, p);
+            }
+            vmk::DoEvents();
+            if (m_abort) {
+                zip_fclose(zf);
+                out.cancelWriting();
+                return finish(ZipAborted);
+            }
+        }
+        // A damaged entry shows as a read error, its checksum included, at the end.
+        failed = got < 0;
+        zip_fclose(zf);
+        if (failed || writeFailed) {
+            out.cancelWriting();
+            run.skip(e.name, failed ? SkipDamagedEntry : SkipDestinationFailed);
+            continue;
+        }
+        if (!out.commit()) {
+            run.skip(e.name, SkipDestinationFailed);
+            continue;
+        }
+        QFile written(native);
+        if (written.open(QIODevice::ReadWrite))
+            written.setFileTime(QDateTime::fromSecsSinceEpoch(e.mtime), QFileDevice::FileModificationTime);
+        if (lastPercent != 100 && m_events.fileProgress)
+            m_events.fileProgress(e.name, 100);
+        ++run.processed;
+        run.status();
+    }
+    return finish(run.skipped > 0 ? ZipFilesSkipped : ZipOk);
+}
+
+} // namespace vmk::zip

@@ -1,0 +1,12 @@
+#include "filemanager/StageValues.h"
+
+namespace vmk
+{
+
+StageValues& SV()
+{
+    static StageValues values;
+    return values;
+}
+
+} // namespace vmk

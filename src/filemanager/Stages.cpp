@@ -1,0 +1,161 @@
+#include "filemanager/Stages.h"
+
+#include "components/cipher/Encryptor.h"
+#include "components/zip/ZipArchiver.h"
+#include "filemanager/StageValues.h"
+#include "foundation/Globals.h"
+#include "foundation/Messages.h"
+#include "foundation/Progress.h"
+#include "foundation/Settings.h"
+#include "foundation/Translate.h"
+#include "platform/DriveMap.h"
+#include "platform/Pump.h"
+
+#include <QStringList>
+
+namespace vmk
+{
+namespace
+{
+QString hostPath(const QString& logical)
+{
+    return DriveMap::instance().toNative(logical);
+}
+
+// The file manager's handlers on its zip control: the bar follows the file, and
+// an extracted entry takes ArchiveEntryName when the transfer set one.
+void attachStageHandlers(zip::ZipArchiver& zipControl)
+{
+    zipControl.events().fileProgress = [](const QString&, int percent) { ProgressBarF(percent); };
+    zipControl.events().unzipPreprocessingFile = [](const QString&, QString& destination) {
+        if (SV().ArchiveEntryName.isEmpty())
+            return;
+        const QStringList parts = destination.split('\\');
+        QString rebuilt;
+        for (qsizetype i = 0; i + 1 < parts.size(); ++i)
+            rebuilt += parts[i] + '\\';
+        destination = rebuilt + SV().ArchiveEntryName;
+    };
+}
+
+void setMethodByIndex(zip::ZipArchiver& zipControl)
+{
+    const int method = CompressionMethodForIndex(S().CompAlgorithm);
+    if (method != 0)
+        zipControl.setCompressionMethod(method);
+}
+
+cipher::FileCipher::Progress stageProgress()
+{
+    // Keeps the screens painted; a stage is not cancelled midway.
+    return [](int percent) {
+        ProgressBarF(percent);
+        DoEvents();
+        return true;
+    };
+}
+
+// The values every encryption stage starts from.
+void resetSetup()
+{
+    SV().CipherIndex = S().EncripAlgorithm;
+    SV().EncryptionMode = 0;
+    SV().PaddingMethod = 0;
+    SV().KeyBits = 256;
+}
+} // namespace
+
+int CompressionMethodForIndex(int index)
+{
+    switch (index) {
+    case 0:
+        return 18;
+    case 1:
+        return 12;
+    case 2:
+        return 8;
+    default:
+        return 0;
+    }
+}
+
+bool CompressFile(const QString& source, const QString& archive, zip::ZipArchiver& zipControl)
+{
+    attachStageHandlers(zipControl);
+    zipControl.setArchiveName(archive);
+    zipControl.setCompressionLevel(9);
+    setMethodByIndex(zipControl);
+    zipControl.setPreservePaths(false);
+    zipControl.setReplaceArchive(true);
+    zipControl.setFilesToProcess(QString());
+    zipControl.setFilesToExclude(QString());
+    zipControl.addFileToProcess(source);
+    const int result = zipControl.compress();
+    if (result != 0)
+        ShowMessage(Translate("¡Error de compresión!") + " (" + QString::number(result) + ")", 0);
+    return result == 0;
+}
+
+bool DecompressFile(const QString& archive, const QString& targetFolder, zip::ZipArchiver& zipControl)
+{
+    attachStageHandlers(zipControl);
+    zipControl.setArchiveName(archive);
+    zipControl.setCompressionLevel(9);
+    zipControl.setExtractFolder(targetFolder);
+    zipControl.setPreservePaths(false);
+    setMethodByIndex(zipControl);
+    // The lists are not emptied: a name left by an earlier compress stays beside
+    // the mask, which makes it harmless.
+    zipControl.addFileToProcess(QStringLiteral("*"));
+    const int result = zipControl.extract();
+    if (result != 0)
+        ShowMessage(Translate("¡Error de descompresión!") + " (" + QString::number(result) + ")", 0);
+    return result == 0;
+}
+
+bool SetupEncryptor(cipher::Encryptor& encryption)
+{
+    int err = encryption.setCipherIndex(SV().CipherIndex);
+    if (err == 0)
+        err = encryption.setHashSize(SV().HashSize);
+    if (err == 0)
+        err = encryption.setSecretKeyFromPassPhrase(G().PassPhrase, SV().KeyBits);
+    if (err == 0)
+        err = encryption.setEncryptionMode(SV().EncryptionMode);
+    if (err == 0)
+        err = encryption.setPaddingMethod(SV().PaddingMethod);
+    if (err != 0) {
+        // This one text is shown as it stands, untranslated.
+        ShowMessage(QStringLiteral("¡Error iniciando encriptador!") + "(" + QString::number(err) + ")", 0);
+        return false;
+    }
+    return true;
+}
+
+bool EncryptFile(const QString& source, const QString& target)
+{
+    resetSetup();
+    cipher::Encryptor encryption;
+    if (!SetupEncryptor(encryption))
+        return false;
+    encryption.setProgress(stageProgress());
+    const int err = encryption.encryptFile(hostPath(source), hostPath(target));
+    if (err != 0)
+        ShowMessage(Translate("¡Error de encriptado!") + " (" + QString::number(err) + ")" + "\n" + source, 0);
+    return err == 0;
+}
+
+bool DecryptFile(const QString& source, const QString& target)
+{
+    resetSetup();
+    cipher::Encryptor encryption;
+    if (!SetupEncryptor(encryption))
+        return false;
+    encryption.setProgress(stageProgress());
+    const int err = encryption.decryptFile(hostPath(source), hostPath(target));
+    if (err != 0)
+        ShowMessage(Translate("¡Error de decriptado!") + "\n" + "(" + QString::number(err) + ")", 0);
+    return err == 0;
+}
+
+} // namespace vmk

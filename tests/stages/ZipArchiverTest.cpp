@@ -1,0 +1,369 @@
+#include "components/zip/ZipArchiver.h"
+#include "components/zip/ZipCodes.h"
+#include "platform/Pump.h"
+
+#include "TestDrive.h"
+#include "TestSupport.h"
+
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+#include <QProcess>
+#include <QTemporaryDir>
+
+#include <gtest/gtest.h>
+
+#include <thread>
+
+using namespace vmk::zip;
+using vmk::test::readFile;
+using vmk::test::writeFile;
+
+namespace
+{
+QString iface(const QString& native)
+{
+    return vmk::test::TestDrive::logical(native);
+}
+
+QByteArray noise(qint64 size, quint32 start)
+{
+    QByteArray b(size, '\0');
+    quint32 x = start * 2654435761u + 1;
+    for (qint64 i = 0; i < size; ++i) {
+        x ^= x << 13;
+        x ^= x >> 17;
+        x ^= x << 5;
+        // Half text, half noise, so every method has something to do.
+        b[i] = (i / 4096) % 2 ? static_cast<char>(x) : "abcdefgh \r\n"[x % 11];
+    }
+    return b;
+}
+
+int run(const QString& program, const QStringList& args, QString* output = nullptr)
+{
+    QProcess p;
+    p.setProcessChannelMode(QProcess::MergedChannels);
+    p.start(program, args);
+    if (!p.waitForFinished(60000))
+        return -1;
+    if (output)
+        *output = QString::fromUtf8(p.readAll());
+    return p.exitCode();
+}
+
+// Each test gets its own host temporary folder, so tests running side by side
+// cannot see each other's work files.
+class PrivateTemp
+{
+public:
+    explicit PrivateTemp(const QString& folder)
+        : m_old(qgetenv("TMPDIR"))
+    {
+        QDir().mkpath(folder);
+        qputenv("TMPDIR", QFile::encodeName(folder));
+    }
+    ~PrivateTemp() { qputenv("TMPDIR", m_old); }
+
+private:
+    QByteArray m_old;
+};
+
+QStringList vmkTempDirs()
+{
+    return QDir(QDir::tempPath()).entryList({ "vmkzip-*" }, QDir::Dirs | QDir::NoDotAndDotDot);
+}
+} // namespace
+
+TEST(ZipArchiver, BuildsATreeWithEventsInOrderThatOtherToolsRead)
+{
+    QTemporaryDir dir;
+    vmk::test::TestDrive drive(dir.path());
+    PrivateTemp temp(dir.filePath("tmp"));
+    const QString src = dir.filePath("src");
+    ASSERT_TRUE(writeFile(src + "/a.txt", "alpha"));
+    ASSERT_TRUE(writeFile(src + "/sub/b.bin", noise(300000, 1)));
+    ASSERT_TRUE(writeFile(src + "/sub/deeper/c ñandú.txt", "non-ASCII name"));
+    ASSERT_TRUE(writeFile(src + "/sub/skip.tmp", "excluded by mask"));
+    ASSERT_TRUE(writeFile(src + "/cache/x.txt", "excluded folder"));
+    ASSERT_TRUE(writeFile(src + "/empty.dat", ""));
+
+    ZipArchiver zip;
+    QStringList log;
+    std::thread::id mainThread = std::this_thread::get_id();
+    bool offThread = false;
+    auto onMain = [&] { offThread |= std::this_thread::get_id() != mainThread; };
+    zip.events().preprocessingFile = [&](QString& stored, const QString& source, qint64 size, bool& exclude) {
+        onMain();
+        log << "pre " + stored + " " + QString::number(size);
+        EXPECT_TRUE(source.startsWith(iface(src))) << source.toStdString();
+        if (stored.endsWith("empty.dat"))
+            exclude = true;
+    };
+    zip.events().skippingFile
+        = [&](const QString& name, int reason) { log << QString("skip %1 %2").arg(name).arg(reason); };
+    int lastGlobal = -1, globalTotal = 0;
+    zip.events().globalStatus = [&](int total, int processed, int, int pc) {
+        onMain();
+        EXPECT_GE(pc, lastGlobal);
+        lastGlobal = pc;
+        globalTotal = total;
+        if (processed == total)
+            log << "global done";
+    };
+    zip.events().tempFileProgress = [&](int pc) { log << QString("temp %1").arg(pc); };
+    zip.events().writeProgress = [&](int pc) {
+        if (pc == 100)
+            log << "write 100";
+    };
+    zip.events().processCompleted = [&] { log << "completed"; };
+
+    const QString archive = dir.filePath("out/backup ñ.zip");
+    QDir().mkpath(dir.filePath("out"));
+    zip.setArchiveName(iface(archive));
+    zip.setPreservePaths(true);
+    zip.setCompressionLevel(9);
+    zip.setCompressionMethod(MethodDeflate);
+    zip.setFilesToProcess("");
+    zip.setFilesToExclude("");
+    zip.addFileToProcess(iface(src) + "\\*<r>");
+    zip.addFileToExclude("*.tmp");
+    zip.addFileToExclude(iface(src) + "\\cache\\*<r>");
+    EXPECT_EQ(zip.filesToExclude().count("\r\n"), 1);
+    ASSERT_EQ(zip.compress(), ZipOk);
+    EXPECT_FALSE(offThread) << "every event must reach the calling thread";
+
+    const QStringList expected = { "pre a.txt 5", "pre empty.dat 0", "pre sub\\b.bin 300000",
+        "pre sub\\deeper\\c ñandú.txt 14", "global done", "temp 100", "write 100", "completed" };
+    EXPECT_EQ(log, expected) << log.join(" | ").toStdString();
+    EXPECT_EQ(globalTotal, 3);
+    EXPECT_EQ(lastGlobal, 100);
+
+    QString out;
+    EXPECT_EQ(run("unzip", { "-t", archive }, &out), 0) << out.toStdString();
+    EXPECT_TRUE(out.contains("No errors detected")) << out.toStdString();
+    EXPECT_EQ(run("/usr/bin/python3",
+                  { "-c",
+                      "import sys,zipfile; z=zipfile.ZipFile(sys.argv[1]); assert z.testzip() is None; "
+                      "print('|'.join(sorted(z.namelist())))",
+                      archive },
+                  &out),
+        0)
+        << out.toStdString();
+    EXPECT_EQ(out.trimmed(), "a.txt|sub/b.bin|sub/deeper/c ñandú.txt");
+
+    // Listing: stored names with "\" and their sizes, and the status reaching 100.
+    QStringList listed;
+    int listPercent = 0;
+    zip.events().listingFile = [&](const QString& name, qint64 size) { listed << name + "=" + QString::number(size); };
+    zip.events().listStatus = [&](int pc) { listPercent = pc; };
+    ASSERT_EQ(zip.listArchive(), ZipOk);
+    EXPECT_EQ(listed, (QStringList { "a.txt=5", "sub\\b.bin=300000", "sub\\deeper\\c ñandú.txt=14" }));
+    EXPECT_EQ(listPercent, 100);
+
+    // Extract everything into a chosen folder: same bytes, same tree.
+    const QString into = dir.filePath("restored");
+    lastGlobal = -1;
+    zip.setFilesToProcess("*");
+    zip.setFilesToExclude("");
+    zip.setExtractFolder(iface(into));
+    QStringList unzipped;
+    zip.events().unzipPreprocessingFile = [&](const QString& stored, QString& destination) {
+        unzipped << stored;
+        EXPECT_EQ(destination, iface(into) + "\\" + stored);
+    };
+    ASSERT_EQ(zip.extract(), ZipOk);
+    EXPECT_EQ(unzipped.size(), 3);
+    EXPECT_EQ(readFile(into + "/sub/b.bin"), noise(300000, 1));
+    EXPECT_EQ(readFile(into + "/sub/deeper/c ñandú.txt"), "non-ASCII name");
+    EXPECT_EQ(QFileInfo(into + "/a.txt").lastModified().toSecsSinceEpoch() / 2,
+        QFileInfo(src + "/a.txt").lastModified().toSecsSinceEpoch() / 2)
+        << "the entry's time comes back";
+
+    // Only what the list names: one stored name.
+    QDir(into).removeRecursively();
+    zip.setFilesToProcess("sub\\b.bin");
+    ASSERT_EQ(zip.extract(), ZipOk);
+    EXPECT_TRUE(QFile::exists(into + "/sub/b.bin"));
+    EXPECT_FALSE(QFile::exists(into + "/a.txt"));
+    EXPECT_TRUE(vmkTempDirs().isEmpty());
+}
+
+TEST(ZipArchiver, EveryMethodRoundTripsAndAnUnknownMethodKeepsThePrevious)
+{
+    QTemporaryDir dir;
+    vmk::test::TestDrive drive(dir.path());
+    ASSERT_TRUE(writeFile(dir.filePath("data.bin"), noise(200000, 9)));
+    ZipArchiver zip;
+    for (int method : { MethodDeflate, MethodBzip2, MethodBwt }) {
+        zip.setCompressionMethod(method);
+        EXPECT_EQ(zip.compressionMethod(), method);
+        zip.setCompressionMethod(3);
+        EXPECT_EQ(zip.compressionMethod(), method) << "an unknown number leaves the method";
+        zip.setCompressionMethod(99);
+        EXPECT_EQ(zip.compressionMethod(), method);
+
+        const QString archive = dir.filePath(QString("m%1.zip").arg(method));
+        zip.setArchiveName(iface(archive));
+        zip.setFilesToProcess(iface(dir.filePath("data.bin")));
+        zip.setCompressionLevel(9);
+        ASSERT_EQ(zip.compress(), ZipOk);
+        QString out;
+        EXPECT_EQ(run("unzip", { "-v", archive }, &out), 0);
+        EXPECT_TRUE(out.contains(method == MethodDeflate ? "Defl:X" : "BZip2")) << out.toStdString();
+        EXPECT_EQ(run("unzip", { "-t", archive }, &out), 0) << out.toStdString();
+
+        const QString into = dir.filePath(QString("x%1").arg(method));
+        zip.setExtractFolder(iface(into));
+        zip.setFilesToProcess("*");
+        ASSERT_EQ(zip.extract(), ZipOk);
+        EXPECT_EQ(readFile(into + "/data.bin"), noise(200000, 9));
+    }
+}
+
+TEST(ZipArchiver, AbortLeavesNoArchiveAndNoTemporaryFile)
+{
+    QTemporaryDir dir;
+    vmk::test::TestDrive drive(dir.path());
+    for (int i = 0; i < 4; ++i)
+        ASSERT_TRUE(writeFile(dir.filePath(QString("in/f%1.bin").arg(i)), noise(3 << 20, i)));
+    const QString archive = dir.filePath("a.zip");
+    PrivateTemp temp(dir.filePath("tmp"));
+    const QStringList tempsBefore = vmkTempDirs();
+
+    // Pressed while the library works (from the pump, as a Stop button would be).
+    ZipArchiver zip;
+    zip.setArchiveName(iface(archive));
+    zip.setCompressionLevel(9);
+    zip.setCompressionMethod(MethodBzip2);
+    zip.setFilesToProcess(iface(dir.filePath("in")) + "\\*<r>");
+    int pumps = 0;
+    bool completed = false;
+    vmk::SetPumpHook([&] {
+        if (++pumps == 6)
+            zip.setAbort(true);
+    });
+    zip.events().processCompleted = [&] { completed = true; };
+    EXPECT_EQ(zip.compress(), ZipAborted);
+    vmk::SetPumpHook(nullptr);
+    EXPECT_TRUE(completed);
+    EXPECT_GE(pumps, 6);
+    EXPECT_FALSE(QFile::exists(archive));
+    EXPECT_EQ(vmkTempDirs(), tempsBefore);
+
+    // Pressed while the archive is being written to its destination.
+    zip.events().writeProgress = [&](int) { zip.setAbort(true); };
+    zip.setCompressionMethod(MethodDeflate);
+    zip.setCompressionLevel(1);
+    EXPECT_EQ(zip.compress(), ZipAborted);
+    EXPECT_FALSE(QFile::exists(archive));
+    EXPECT_EQ(QDir(dir.path()).entryList(QDir::Files | QDir::Hidden).size(), 0)
+        << "no half archive beside the destination";
+    EXPECT_EQ(vmkTempDirs(), tempsBefore);
+
+    // And the next run starts with the flag clear.
+    zip.events().writeProgress = nullptr;
+    EXPECT_EQ(zip.compress(), ZipOk);
+    EXPECT_TRUE(QFile::exists(archive));
+
+    // Nothing to do: an empty list and a list that finds nothing.
+    zip.setFilesToProcess("");
+    EXPECT_EQ(zip.compress(), ZipNothingToDo);
+    int skipReason = 0;
+    zip.events().skippingFile = [&](const QString&, int reason) { skipReason = reason; };
+    zip.addFileToProcess(iface(dir.filePath("missing")) + "\\*<r>");
+    EXPECT_EQ(zip.compress(), ZipNothingToDo);
+    EXPECT_EQ(skipReason, SkipNotFound);
+}
+
+TEST(ZipArchiver, ExtractionRefusesEscapingNamesAndDamagedEntries)
+{
+    QTemporaryDir dir;
+    vmk::test::TestDrive drive(dir.path());
+    const QString evil = dir.filePath("evil.zip");
+    // Names another tool could put in an archive.
+    const QString script = "import sys,zipfile\n"
+                           "z=zipfile.ZipFile(sys.argv[1],'w',zipfile.ZIP_DEFLATED)\n"
+                           "z.writestr('../escape.txt','x')\n"
+                           "z.writestr('ok/../../escape2.txt','x')\n"
+                           "z.writestr('C:/Windows/owned.txt','x')\n"
+                           "z.writestr('good/fine.txt','fine')\n"
+                           "z.writestr('folder/','')\n"
+                           "z.close()\n";
+    ASSERT_EQ(run("/usr/bin/python3", { "-c", script, evil }), 0);
+    ZipArchiver zip;
+    zip.setArchiveName(iface(evil));
+    zip.setFilesToProcess("*");
+    const QString into = dir.filePath("into");
+    zip.setExtractFolder(iface(into));
+    QStringList skipped;
+    zip.events().skippingFile = [&](const QString& n, int r) { skipped << QString("%1 %2").arg(n).arg(r); };
+    EXPECT_EQ(zip.extract(), ZipFilesSkipped);
+    EXPECT_EQ(
+        skipped, (QStringList { "..\\escape.txt 120", "ok\\..\\..\\escape2.txt 120", "C:\\Windows\\owned.txt 120" }));
+    EXPECT_EQ(readFile(into + "/good/fine.txt"), "fine");
+    EXPECT_TRUE(QFileInfo(into + "/folder").isDir());
+    EXPECT_FALSE(QFile::exists(dir.filePath("escape.txt")));
+    EXPECT_FALSE(QFile::exists(dir.filePath("escape2.txt")));
+
+    // A flipped byte in the compressed data: the entry fails its check and no file appears.
+    const QString good = dir.filePath("good.zip");
+    ASSERT_TRUE(writeFile(dir.filePath("big.txt"), noise(100000, 4)));
+    zip.setArchiveName(iface(good));
+    zip.setFilesToProcess(iface(dir.filePath("big.txt")));
+    ASSERT_EQ(zip.compress(), ZipOk);
+    QByteArray bytes = readFile(good);
+    bytes[30 + 7 + 5000] = static_cast<char>(bytes[30 + 7 + 5000] ^ 0x20);
+    ASSERT_TRUE(writeFile(good, bytes));
+    skipped.clear();
+    zip.setFilesToProcess("*");
+    const QString into2 = dir.filePath("into2");
+    zip.setExtractFolder(iface(into2));
+    EXPECT_EQ(zip.extract(), ZipFilesSkipped);
+    EXPECT_EQ(skipped, QStringList { "big.txt 121" });
+    EXPECT_FALSE(QFile::exists(into2 + "/big.txt"));
+    EXPECT_TRUE(QDir(into2).entryList(QDir::Files | QDir::Hidden).isEmpty()) << "nor a temporary file";
+
+    zip.setArchiveName(iface(dir.filePath("missing.zip")));
+    EXPECT_EQ(zip.extract(), ZipArchiveUnreadable);
+    EXPECT_EQ(zip.listArchive(), ZipArchiveUnreadable);
+    ASSERT_TRUE(writeFile(dir.filePath("not.zip"), "not a zip at all"));
+    zip.setArchiveName(iface(dir.filePath("not.zip")));
+    EXPECT_EQ(zip.listArchive(), ZipArchiveUnreadable);
+}
+
+TEST(ZipArchiver, UpdatingKeepsEntriesAndStoredNamesFromTheEventRestoreToTheirPlace)
+{
+    QTemporaryDir dir;
+    vmk::test::TestDrive drive(dir.path());
+    ASSERT_TRUE(writeFile(dir.filePath("home/one.txt"), "1"));
+    ASSERT_TRUE(writeFile(dir.filePath("home/two.txt"), "2"));
+    const QString archive = dir.filePath("u.zip");
+    ZipArchiver zip;
+    zip.setArchiveName(iface(archive));
+    // The backup's way: each file under its whole source path.
+    zip.events().preprocessingFile = [](QString& stored, const QString& source, qint64, bool&) { stored = source; };
+    zip.setFilesToProcess(iface(dir.filePath("home/one.txt")));
+    ASSERT_EQ(zip.compress(), ZipOk);
+    zip.setReplaceArchive(false);
+    zip.setFilesToProcess(iface(dir.filePath("home/two.txt")));
+    ASSERT_EQ(zip.compress(), ZipOk);
+    QStringList listed;
+    zip.events().listingFile = [&](const QString& n, qint64) { listed << n; };
+    ASSERT_EQ(zip.listArchive(), ZipOk);
+    ASSERT_EQ(listed.size(), 2);
+    EXPECT_EQ(listed[0], iface(dir.filePath("home/one.txt")));
+
+    // No folder chosen: a name with its drive goes back where it came from; the event may redirect it.
+    QFile::remove(dir.filePath("home/one.txt"));
+    zip.setExtractFolder("");
+    zip.setFilesToProcess("*one.txt");
+    QString proposed;
+    zip.events().unzipPreprocessingFile = [&](const QString&, QString& destination) {
+        proposed = destination;
+        destination = iface(dir.filePath("alt/one.txt"));
+    };
+    ASSERT_EQ(zip.extract(), ZipOk);
+    EXPECT_EQ(proposed, listed[0]);
+    EXPECT_EQ(readFile(dir.filePath("alt/one.txt")), "1");
+}
