@@ -16,6 +16,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <deque>
 #include <map>
 #include <mutex>
 #include <set>
@@ -41,7 +42,7 @@ struct Hit {
 struct ScanContext {
     std::vector<Layer> levels; // by recursion level; level 0 is the file itself
     std::map<int, std::vector<Layer>> byFd; // chain of the layer currently open on each descriptor
-    QByteArray lastMetaName; // full in-archive name of the member about to be extracted
+    std::deque<QByteArray> metaNames; // full stored names announced by archive parsers, not yet seen
     QByteArray topType;
     std::vector<Hit> hits;
 };
@@ -77,8 +78,8 @@ bool isScratchName(const QByteArray& name)
 cl_error_t onMeta(const char*, unsigned long, const char* filename, unsigned long, int, unsigned int, void* context)
 {
     auto* ctx = static_cast<ScanContext*>(context);
-    if (ctx)
-        ctx->lastMetaName = filename ? QByteArray(filename) : QByteArray();
+    if (ctx && filename && *filename)
+        ctx->metaNames.emplace_back(filename);
     return CL_CLEAN;
 }
 
@@ -92,20 +93,38 @@ cl_error_t onInspect(int fd, const char* type, const char**, size_t, const char*
         ctx->topType = type ? QByteArray(type) : QByteArray();
     Layer layer;
     if (level > 0 && !(attributes & LAYER_ATTRIBUTES_NORMALIZED)) {
-        QByteArray base = fileName ? QByteArray(fileName) : QByteArray();
-        const QByteArray meta = ctx->lastMetaName;
-        // The archive parsers announce each member's full stored name just before
-        // extracting it; the inspection only knows the base name.
-        if (!meta.isEmpty() && !base.isEmpty() && (meta == base || meta.endsWith("/" + base)))
-            layer = { meta, meta };
-        else if (!isScratchName(base))
+        const QByteArray base = fileName ? QByteArray(fileName) : QByteArray();
+        // Archive parsers announce each member's full stored name (often all of
+        // them from the central directory first); the inspection only knows the
+        // base name, so take the first announced name that ends in it.
+        QByteArray full;
+        if (!base.isEmpty())
+            for (const QByteArray& m : ctx->metaNames)
+                if (m == base || m.endsWith("/" + base) || m.endsWith("\\" + base)) {
+                    full = m;
+                    break;
+                }
+        if (!full.isEmpty()) {
+            std::erase(ctx->metaNames, full);
+            layer = { full, full };
+        } else if (!isScratchName(base)) {
             layer = { base, base };
+        }
     }
-    ctx->lastMetaName.clear();
     ctx->levels.resize(level + 1);
     ctx->levels[level] = layer;
     ctx->byFd[fd] = std::vector<Layer>(ctx->levels.begin() + 1, ctx->levels.end());
     return CL_CLEAN;
+}
+
+bool startsWith(const std::vector<Layer>& chain, const std::vector<Layer>& prefix)
+{
+    if (prefix.size() > chain.size())
+        return false;
+    for (size_t i = 0; i < prefix.size(); ++i)
+        if (chain[i].shown != prefix[i].shown)
+            return false;
+    return true;
 }
 
 void onVirus(int fd, const char* name, void* context)
@@ -118,6 +137,11 @@ void onVirus(int fd, const char* name, void* context)
     auto it = ctx->byFd.find(fd);
     if (it != ctx->byFd.end())
         hit.chain = it->second;
+    // PUA and heuristic matches are reported again on the way out, on an outer
+    // layer (or on none): keep only the report from the layer that matched.
+    for (const Hit& earlier : ctx->hits)
+        if (earlier.signature == hit.signature && startsWith(earlier.chain, hit.chain))
+            return;
     ctx->hits.push_back(std::move(hit));
 }
 

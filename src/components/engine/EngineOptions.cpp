@@ -133,7 +133,9 @@ uint32_t EngineOptions::generalFlags() const
         f |= CL_SCAN_GENERAL_ALLMATCHES;
     if (heuristicsOn())
         f |= CL_SCAN_GENERAL_HEURISTICS;
-    if (level(HeurLevel) >= 2)
+    // Precedence also makes libclamav report PUA and heuristic matches on the
+    // layer where they occur, which is how all-alerts mode names their member.
+    if (level(HeurLevel) >= 2 || isOn(AllAlerts))
         f |= CL_SCAN_GENERAL_HEURISTIC_PRECEDENCE;
     return f;
 }
