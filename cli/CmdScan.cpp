@@ -5,6 +5,7 @@
 #include "components/engine/Engine.h"
 #include "components/engine/EngineService.h"
 #include "components/engine/EngineSession.h"
+#include "platform/FileSearch.h"
 #include "scanner/Antivir.h"
 
 #include <QCoreApplication>
@@ -13,9 +14,6 @@
 #include <QFileInfo>
 #include <QProcess>
 #include <QTextStream>
-
-#include <sys/stat.h>
-#include <sys/vfs.h>
 
 #include <atomic>
 #include <condition_variable>
@@ -33,54 +31,17 @@ void out(const QString& line)
     std::fputc('\n', stdout);
 }
 
-// Mount points of the kernel's pseudo-filesystems carry the junction word 0x2416
-// in the program's walks and are never entered, nor are directory symlinks.
-bool isJunction(const QString& path)
-{
-    const QByteArray p = QFile::encodeName(path);
-    struct stat st {
-    };
-    if (::lstat(p.constData(), &st) != 0 || S_ISLNK(st.st_mode))
-        return true;
-    struct statfs fs {
-    };
-    if (::statfs(p.constData(), &fs) != 0)
-        return true;
-    switch (static_cast<unsigned long>(fs.f_type)) {
-    case 0x9fa0: // proc
-    case 0x62656572: // sysfs
-    case 0x1373: // devfs
-    case 0x27e0eb: // cgroup
-    case 0x63677270: // cgroup2
-    case 0x64626720: // debugfs
-    case 0x74726163: // tracefs
-    case 0x73636673: // securityfs
-    case 0xcafe4a11: // bpf
-    case 0x6e736673: // nsfs
-    case 0x1cd1: // devpts
-        return true;
-    default:
-        return false;
-    }
-}
-
-// Depth-first in the order the file system gives, files and folders mixed, a
-// folder walked as soon as it is met: the order of the scanner's own walk.
+// Depth-first, a folder walked as soon as it is met, skipping entries with the
+// junction word (directory symlinks, kernel filesystems): the scanner's own walk.
 void walk(const QString& folder, QStringList& files)
 {
-    const QDir dir(folder);
-    const QFileInfoList entries
-        = dir.entryInfoList(QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot, QDir::Unsorted);
-    for (const QFileInfo& e : entries) {
-        const QString path = dir.filePath(e.fileName());
-        if (e.isDir() && !e.isSymLink()) {
-            if (!isJunction(path))
-                walk(path, files);
-        } else if (e.isDir()) {
-            continue; // a directory symlink
-        } else {
-            files << path;
-        }
+    for (const vmk::FoundEntry& e : vmk::FileSearch::listNative(folder)) {
+        if (e.attributes == vmk::AttrJunction)
+            continue;
+        if (e.attributes & vmk::AttrDirectory)
+            walk(e.nativePath, files);
+        else
+            files << e.nativePath;
     }
 }
 

@@ -1,22 +1,17 @@
 #include "components/engine/EnginePath.h"
 
-#include <QDir>
+#include "platform/DriveMap.h"
 
 namespace vmk::engine
 {
 
 QString NativePathOf(const QString& logicalPath)
 {
-    if (logicalPath.size() < 2 || logicalPath.at(1) != QLatin1Char(':') || !logicalPath.at(0).isLetter())
-        return logicalPath; // already a host path
-    QString rest = logicalPath.mid(2);
-    rest.replace(QLatin1Char('\\'), QLatin1Char('/'));
-    while (rest.startsWith(QLatin1Char('/')))
-        rest.remove(0, 1);
-    // "C:" is the host's root; any other letter is the device, which for a
-    // program started from a plain folder is that folder (the current one).
-    const QString root = logicalPath.at(0).toUpper() == QLatin1Char('C') ? QStringLiteral("/") : QDir::currentPath();
-    return rest.isEmpty() ? root : QDir(root).filePath(rest);
+    // Host paths (the command-line tool's arguments) pass unchanged; an unknown
+    // letter gives "" and the scan reports a bad path.
+    if (!DriveMap::hasDriveLetter(logicalPath))
+        return logicalPath;
+    return DriveMap::instance().toNative(logicalPath);
 }
 
 } // namespace vmk::engine
