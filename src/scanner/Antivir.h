@@ -1,6 +1,8 @@
 #pragma once
 
 #include "foundation/Settings.h"
+#include "scanner/EngineSetting.h"
+#include "scanner/FileScanResult.h"
 
 #include <QList>
 #include <QString>
@@ -23,36 +25,12 @@ class EngineSession;
 // wherever they stand (so a UTF-16 text with zero high bytes reads as plain text).
 QString LiftEngineText(int32_t length, const char* pointer);
 
-// One row of EngineSettings: the option number and the settings variable that
-// carries it (null for option 41, always sent as "1").
-struct EngineSetting {
-    int Number;
-    QString SettingsValues::*Key;
-};
+// The table of the options sent by PushEngineOptions, in their order.
 extern const std::array<EngineSetting, 18> EngineSettings;
 
 // Sends the eighteen options of EngineSettings, in order, from the settings variables.
 void PushEngineOptions();
 void PushEngineOptions(const SettingsValues& settings);
-
-// One alert of a scanned file as the program shows it.
-struct AlertRow {
-    QString Object; // the file, or the member inside it
-    QString ThreatKind;
-    QString ThreatName;
-    QString Threat; // ThreatKind + ":" + ThreatName
-    bool Repairable = false;
-};
-
-// The result of scanning one file the way every caller does it.
-struct FileScanResult {
-    int ReturnCode = 0;
-    int AlertCount = 0;
-    QList<AlertRow> Rows; // read only when ReturnCode is 0 and AlertCount is 1 or more
-
-    bool processed() const { return ReturnCode == 0; }
-    bool infected() const { return ReturnCode == 0 && AlertCount >= 1; }
-};
 
 // ScanFile, then (when infected) ReadAlert for every alert with the three lifted
 // texts. `session` lets a worker thread scan with its own alerts; by default the

@@ -210,9 +210,11 @@ TEST_F(Engine, RepairRemovesInfectedZipMembersAndKeepsTheOthersByteIdentical)
     // Without repair nothing changes, but the engine says it could.
     EngineScan s = scanWithEngine(zip);
     ASSERT_GE(s.count, 2);
-    for (const QString& a : s.alerts)
-        if (a.contains(" --> "))
+    for (const QString& a : s.alerts) {
+        if (a.contains(" --> ")) {
             EXPECT_TRUE(a.endsWith("|1")) << qPrintable(a);
+        }
+    }
     EXPECT_EQ(zipRawMembers(zip), rawBefore);
 
     set(13, "1");

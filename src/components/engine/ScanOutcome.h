@@ -1,19 +1,11 @@
 #pragma once
 
-#include <QByteArray>
+#include "components/engine/FoundThreat.h"
 
 #include <vector>
 
 namespace vmk::engine
 {
-
-// One (object, threat) pair found by a scan.
-struct FoundThreat {
-    QByteArray object; // the scanned path, followed by the member chain inside it
-    QByteArray kind;
-    QByteArray name;
-    int repairable = 0;
-};
 
 // Everything one scan of one file produced; EngineSession keeps the last one so
 // that the records of ReadAlert can point into it.
