@@ -1,0 +1,17 @@
+#pragma once
+
+#include "foundation/Settings.h"
+
+#include <QString>
+
+namespace vmk
+{
+
+// One row of EngineSettings: the option number and the settings variable that
+// carries it (null for option 41, always sent as "1").
+struct EngineSetting {
+    int Number;
+    QString SettingsValues::*Key;
+};
+
+} // namespace vmk
