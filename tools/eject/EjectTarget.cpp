@@ -1,5 +1,7 @@
 #include "EjectTarget.h"
 
+#include "platform/DriveMap.h"
+
 #include <QDir>
 
 namespace vmk::eject
@@ -24,10 +26,10 @@ bool EjectTarget::Parse(const QString& argument)
 
 QString EjectTarget::NativeRoot() const
 {
-    const QString given = qEnvironmentVariable("VMK_DEVICE_ROOT");
-    if (!given.isEmpty())
-        return QDir::cleanPath(given);
-    return QString();
+    if (m_drive.isEmpty())
+        return QString();
+    const auto drive = DriveMap::instance().drive(m_drive[0]);
+    return drive ? QDir::cleanPath(drive->root) : QString();
 }
 
 } // namespace vmk::eject

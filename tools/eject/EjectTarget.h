@@ -6,9 +6,9 @@ namespace vmk::eject
 {
 
 // The helper's one argument, "<language index>|<drive>", and the device folder
-// it names. The drive letter is mapped the way every process of the suite maps
-// it; when Vormak ran on a folder given with --device, it passes that folder in
-// VMK_DEVICE_ROOT, since no letter rule can find it again.
+// it names. The letter is mapped the way every process of the suite maps it:
+// Vormak hands its drive table down through the environment, so a device given
+// with --device is found again behind its letter.
 class EjectTarget
 {
 public:
