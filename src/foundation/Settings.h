@@ -1,8 +1,11 @@
 #pragma once
 
+#include <QList>
+#include <QPair>
 #include <QString>
 
-namespace vmk {
+namespace vmk
+{
 
 // Every setting of VMK.cnf as a process-wide variable, named as its key without "#".
 // Plain keys are the engine's options, kept as the text the file holds.
@@ -31,16 +34,35 @@ struct SettingsValues {
 
 SettingsValues& S();
 
-// VMK.cnf beside the executable (G().ProgramFolder).
+// VMK.cnf beside the executable (G().ProgramFolder), UTF-8 with CR LF. Files are
+// replaced through a temporary file and a rename, so a pulled drive never leaves
+// half a file. The writers return false when the file could not be written.
+QString SettingsFilePath(); // native path of VMK.cnf
 void ReadSettings();
+// False when the line is malformed (no "=") or an integer setting is not a
+// number: ReadSettings then replaces the file by the defaults.
 bool ApplySettingLine(const QString& line);
-void WriteDefaultSettings();
-void WriteSettings();
-void ReloadSettings();
+bool WriteDefaultSettings();
+bool WriteSettings();
+// Re-reads the file (cancel in the settings dialog). Unlike ReadSettings it keeps
+// in memory "#DeleteFilesOpt", "#FtpServer", "#FtpUserName", "#FtpPassword" and
+// "#DesinfectedFolder". False when a line could not be applied.
+bool ReloadSettings();
 
+// Every setting with its clear value, in the order WriteDefaultSettings writes
+// them (keys without a variable left out), then "#OtherLocation".
+QList<QPair<QString, QString>> SettingsInDefaultOrder();
+
+// Upper-case hexadecimal of the value sealed under the suite's fixed pass phrase;
+// "" after an error, which is shown as "¡Error de encriptado!" with its number.
 QString SealValue(const QString& text);
+// The clear text; "" after an error, shown as "¡Error de decriptado!" with its number.
 QString UnsealValue(const QString& hex);
 QString BytesToHex(const QByteArray& bytes);
 QByteArray HexToBytes(const QString& hex);
 
-}  // namespace vmk
+// Numbers shown with the seal messages.
+constexpr int kSealErrorLibrary = 1; // the cipher library could not be used
+constexpr int kSealErrorDamaged = 2; // not sealed by us, damaged or truncated
+
+} // namespace vmk

@@ -2,14 +2,16 @@
 
 #include <utility>
 
-namespace vmk {
-namespace {
+namespace vmk
+{
+namespace
+{
 PumpHook& hookSlot()
 {
     static PumpHook hook;
     return hook;
 }
-}  // namespace
+} // namespace
 
 void DoEvents()
 {
@@ -29,4 +31,4 @@ PumpHook CurrentPumpHook()
     return hookSlot();
 }
 
-}  // namespace vmk
+} // namespace vmk

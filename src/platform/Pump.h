@@ -2,7 +2,8 @@
 
 #include <functional>
 
-namespace vmk {
+namespace vmk
+{
 
 // Long loops call DoEvents() between steps so that the screens stay alive and
 // Stop, Pause and Cancel can act re-entrantly. The application installs a hook
@@ -14,4 +15,4 @@ void DoEvents();
 void SetPumpHook(PumpHook hook);
 PumpHook CurrentPumpHook();
 
-}  // namespace vmk
+} // namespace vmk

@@ -1,0 +1,59 @@
+#pragma once
+
+#include "components/engine/CompiledEngine.h"
+#include "components/engine/EngineOptions.h"
+
+#include <QByteArray>
+#include <QString>
+
+#include <map>
+#include <memory>
+#include <mutex>
+
+namespace vmk::engine
+{
+
+// The process's engine: the options set so far, the signature folder and the
+// compiled engine that serves them. Scanners ask for a Handle before each file;
+// a stale engine (an engine-level option changed) is rebuilt then, once, while
+// scans already running finish on the engine they hold. Safe from any thread.
+class EngineService
+{
+public:
+    static EngineService& instance();
+
+    struct Handle {
+        int code = 0; // EngineCode; the engine is null unless 0
+        std::shared_ptr<const CompiledEngine> engine;
+        EngineOptions options;
+    };
+
+    int load();
+    int unload();
+    bool loaded() const;
+    Handle acquire();
+
+    void setValue(int number, const QByteArray& value);
+    // Text of value 52 (signature set) or 55 (signature count); empty for others.
+    QByteArray value(int number) const;
+
+    // Native folder of the signatures; empty means "sigs" in the current folder.
+    void setSignatureFolder(const QString& nativeFolder);
+    QString signatureFolder() const;
+    // Native temporary folder; empty means the host's.
+    void setTempFolder(const QString& nativeFolder);
+
+private:
+    EngineService() = default;
+    QString effectiveTempFolder() const;
+
+    mutable std::mutex m_mutex;
+    bool m_loaded = false;
+    bool m_stale = false;
+    EngineOptions m_options;
+    std::shared_ptr<const CompiledEngine> m_engine;
+    QString m_signatureFolder;
+    QString m_tempFolder;
+};
+
+} // namespace vmk::engine

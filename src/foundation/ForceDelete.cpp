@@ -1,0 +1,185 @@
+#include "foundation/ForceDelete.h"
+
+#include "foundation/FileServices.h"
+#include "foundation/Globals.h"
+#include "foundation/Messages.h"
+#include "foundation/Progress.h"
+#include "platform/DriveMap.h"
+#include "platform/ShortNames.h"
+#include "platform/SpecialFolders.h"
+
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+#include <QSaveFile>
+#include <QStringList>
+
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <utility>
+
+namespace vmk
+{
+namespace
+{
+HelperRunner& runnerSlot()
+{
+    static HelperRunner runner = [](const QString& commandLine) { RunAndWait(commandLine); };
+    return runner;
+}
+
+void runHelper(const QString& commandLine)
+{
+    HelperRunner runner = runnerSlot();
+    if (runner)
+        runner(commandLine);
+}
+
+// Windows clears read-only, hidden and system by setting the archive attribute;
+// here the owner gets write permission back.
+void clearAttributes(const QByteArray& native)
+{
+    struct stat st;
+    if (::lstat(native.constData(), &st) == 0 && !S_ISLNK(st.st_mode))
+        ::chmod(native.constData(), (st.st_mode & 07777) | S_IWUSR);
+}
+
+bool removeNative(const QByteArray& native)
+{
+    return ::unlink(native.constData()) == 0;
+}
+} // namespace
+
+HelperRunner SetHelperRunner(HelperRunner runner)
+{
+    return std::exchange(runnerSlot(), std::move(runner));
+}
+
+void ForceDelete(const QString& path)
+{
+    SetMousePointer(11);
+    const QByteArray native = QFile::encodeName(DriveMap::instance().toNative(path));
+    if (!native.isEmpty()) {
+        clearAttributes(native);
+        removeNative(native);
+    }
+    if (FileExists(path)) {
+        ScheduleDeleteAtReboot(path);
+        runHelper(QStringLiteral("Unlock.exe \"") + path + u'"');
+        if (!native.isEmpty())
+            clearAttributes(native);
+        runHelper(QStringLiteral("Delete.exe \"") + path + u'"');
+        if (FileExists(path))
+            ShowMessage(QStringLiteral("¡El archivo será eliminado en el próximo reinicio de su sistema!"), 0);
+    }
+    SetMousePointer(1);
+}
+
+QString GetShortPath(const QString& path)
+{
+    if (!DriveMap::hasDriveLetter(path) || !FileExists(path))
+        return {};
+    const DriveMap& map = DriveMap::instance();
+    const auto drive = map.drive(path[0]);
+    if (!drive)
+        return {};
+    QString folder = drive->root;
+    QString out = path.left(2);
+    const QStringList parts = path.mid(2).split(u'\\', Qt::SkipEmptyParts);
+    for (const QString& part : parts) {
+        // The component as the host spells it (the path may differ in case).
+        const QString native = map.toNative(out + u'\\' + part);
+        const QString name = QFileInfo(native).fileName();
+        out += u'\\' + DriveMap::encodeName(ShortNames::aliasFor(folder, name));
+        folder = native;
+    }
+    if (parts.isEmpty() || path.endsWith(u'\\'))
+        out += u'\\';
+    return out;
+}
+
+QString PendingRemovalListPath()
+{
+    const QString system = G().SystemFolder;
+    if (system.isEmpty())
+        return SpecialFolders::system() + QStringLiteral("/WinInit.ini");
+    return DriveMap::instance().toNative(system + QStringLiteral("\\WinInit.ini"));
+}
+
+void ScheduleDeleteAtReboot(const QString& path)
+{
+    const QString shortPath = GetShortPath(path);
+    // There is no removal at reboot on this host: the program's next start
+    // processes the rename list instead (ProcessPendingRemovals).
+    const QString list = PendingRemovalListPath();
+    if (list.isEmpty())
+        return;
+    QDir().mkpath(QFileInfo(list).absolutePath());
+    QByteArray content;
+    QFile old(list);
+    if (old.exists()) {
+        if (old.open(QIODevice::ReadOnly))
+            content = old.read(32768);
+        old.close();
+        const qsizetype nul = content.indexOf('\0');
+        if (nul >= 0)
+            content.truncate(nul);
+        if (!content.endsWith("\r\n"))
+            content += "\r\n";
+    } else {
+        content = "[Rename]\r\n";
+    }
+    content += "NUL=" + shortPath.toUtf8() + "\r\n";
+    QSaveFile f(list);
+    if (f.open(QIODevice::WriteOnly)) {
+        f.write(content);
+        f.commit();
+    }
+}
+
+int ProcessPendingRemovals()
+{
+    const QString list = PendingRemovalListPath();
+    QFile f(list);
+    if (!f.open(QIODevice::ReadOnly))
+        return 0;
+    const QByteArray content = f.readAll();
+    f.close();
+    const DriveMap& map = DriveMap::instance();
+    int done = 0;
+    bool inRename = false;
+    for (QByteArray raw : content.split('\n')) {
+        if (raw.endsWith('\r'))
+            raw.chop(1);
+        const QString line = QString::fromUtf8(raw).trimmed();
+        if (line.startsWith(u'[')) {
+            inRename = line.compare(QLatin1String("[Rename]"), Qt::CaseInsensitive) == 0;
+            continue;
+        }
+        const qsizetype eq = line.indexOf(u'=');
+        if (!inRename || eq <= 0)
+            continue;
+        const QString target = line.left(eq);
+        const QString source = line.mid(eq + 1);
+        if (source.isEmpty())
+            continue;
+        const QByteArray from = QFile::encodeName(map.toNative(source));
+        if (from.isEmpty())
+            continue;
+        bool ok;
+        if (target.compare(QLatin1String("NUL"), Qt::CaseInsensitive) == 0) {
+            clearAttributes(from);
+            ok = removeNative(from) || ::rmdir(from.constData()) == 0;
+        } else {
+            const QByteArray to = QFile::encodeName(map.toNative(target));
+            ok = !to.isEmpty() && ::rename(from.constData(), to.constData()) == 0;
+        }
+        if (ok)
+            ++done;
+    }
+    QFile::remove(list);
+    return done;
+}
+
+} // namespace vmk

@@ -1,0 +1,181 @@
+#include "platform/FileSearch.h"
+
+#include "platform/DriveMap.h"
+#include "platform/MountTable.h"
+
+#include <QDir>
+#include <QFile>
+#include <QRegularExpression>
+
+#include <dirent.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <utility>
+
+namespace vmk
+{
+namespace
+{
+FileSearch::AttributeHook& hookSlot()
+{
+    static FileSearch::AttributeHook hook;
+    return hook;
+}
+
+QString parentOf(const QString& native)
+{
+    const qsizetype slash = native.lastIndexOf(u'/');
+    return slash <= 0 ? QStringLiteral("/") : native.left(slash);
+}
+
+// Mount points of kernel filesystems, read once per listing and only when an
+// entry sits on another device than its folder.
+class PseudoMounts
+{
+public:
+    bool contains(const QString& path)
+    {
+        if (!m_loaded) {
+            for (const MountEntry& e : MountTable::read())
+                m_types.insert(e.mountPoint, e.fsType); // the last mount on a point wins
+            m_loaded = true;
+        }
+        return MountTable::isPseudoFilesystem(m_types.value(path));
+    }
+
+private:
+    bool m_loaded = false;
+    QMap<QString, QString> m_types;
+};
+
+quint32 computeAttributes(const QString& path, const QByteArray& encoded, const struct stat& lst, dev_t parentDev,
+    PseudoMounts& mounts, struct stat* target)
+{
+    const QString name = path.mid(path.lastIndexOf(u'/') + 1);
+    const bool hidden = name.startsWith(u'.');
+    struct stat st = lst;
+    if (S_ISLNK(lst.st_mode)) {
+        if (::stat(encoded.constData(), &st) != 0)
+            return AttrArchive | AttrReparsePoint | (hidden ? quint32(AttrHidden) : 0u); // dangling link
+        if (S_ISDIR(st.st_mode))
+            return AttrJunction;
+    }
+    if (target)
+        *target = st;
+    if (S_ISDIR(st.st_mode)) {
+        if (lst.st_dev != parentDev && mounts.contains(path))
+            return AttrJunction;
+        quint32 a = AttrDirectory;
+        if (hidden)
+            a |= AttrHidden;
+        if (::access(encoded.constData(), W_OK) != 0)
+            a |= AttrReadOnly;
+        return a;
+    }
+    if (!S_ISREG(st.st_mode))
+        return AttrSystem | AttrDevice | (hidden ? quint32(AttrHidden) : 0u);
+    quint32 a = AttrArchive;
+    if (hidden)
+        a |= AttrHidden;
+    if (::access(encoded.constData(), W_OK) != 0)
+        a |= AttrReadOnly;
+    return a;
+}
+
+quint32 applyHook(const QString& path, quint32 computed)
+{
+    const FileSearch::AttributeHook hook = hookSlot();
+    if (!hook)
+        return computed;
+    return hook(path, computed).value_or(computed);
+}
+
+QRegularExpression patternRegex(const QString& pattern)
+{
+    QString p = pattern.isEmpty() || pattern == QLatin1String("*.*") ? QStringLiteral("*") : pattern;
+    return QRegularExpression(
+        QRegularExpression::wildcardToRegularExpression(p, QRegularExpression::UnanchoredWildcardConversion),
+        QRegularExpression::CaseInsensitiveOption);
+}
+} // namespace
+
+QList<FoundEntry> FileSearch::listNative(const QString& nativeFolder, const QString& pattern)
+{
+    QList<FoundEntry> out;
+    const QString folder
+        = nativeFolder.size() > 1 && nativeFolder.endsWith(u'/') ? nativeFolder.chopped(1) : nativeFolder;
+    const QByteArray encodedFolder = QFile::encodeName(folder);
+    struct stat fst;
+    if (::stat(encodedFolder.constData(), &fst) != 0 || !S_ISDIR(fst.st_mode))
+        return out;
+    DIR* dir = ::opendir(encodedFolder.constData());
+    if (!dir)
+        return out;
+    const QRegularExpression re = patternRegex(pattern);
+    const bool all = pattern.isEmpty() || pattern == QLatin1String("*") || pattern == QLatin1String("*.*");
+    PseudoMounts mounts;
+    while (struct dirent* de = ::readdir(dir)) {
+        const QByteArray raw(de->d_name);
+        if (raw == "." || raw == "..")
+            continue;
+        const QString nativeName = QFile::decodeName(raw);
+        const QString logicalName = DriveMap::encodeName(nativeName);
+        if (!all && !re.match(logicalName).hasMatch())
+            continue;
+        const QString path = folder == QLatin1String("/") ? u'/' + nativeName : folder + u'/' + nativeName;
+        const QByteArray encoded = QFile::encodeName(path);
+        struct stat lst;
+        if (::lstat(encoded.constData(), &lst) != 0)
+            continue; // vanished meanwhile
+        struct stat st = lst;
+        FoundEntry e;
+        e.name = logicalName;
+        e.nativePath = path;
+        e.attributes = applyHook(path, computeAttributes(path, encoded, lst, fst.st_dev, mounts, &st));
+        e.size = S_ISREG(st.st_mode) ? static_cast<qint64>(st.st_size) : 0;
+        e.modified = QDateTime::fromSecsSinceEpoch(st.st_mtim.tv_sec);
+        out << e;
+    }
+    ::closedir(dir);
+    std::sort(out.begin(), out.end(), [](const FoundEntry& a, const FoundEntry& b) { return a.name < b.name; });
+    return out;
+}
+
+QList<FoundEntry> FileSearch::list(const QString& logicalFolder, const QString& pattern)
+{
+    const QString native = DriveMap::instance().toNative(logicalFolder);
+    if (native.isEmpty())
+        return {};
+    return listNative(native, pattern);
+}
+
+quint32 FileSearch::attributesOfNative(const QString& nativePath)
+{
+    if (nativePath.isEmpty())
+        return AttrInvalid;
+    QString path = nativePath.size() > 1 && nativePath.endsWith(u'/') ? nativePath.chopped(1) : nativePath;
+    const QByteArray encoded = QFile::encodeName(path);
+    struct stat lst;
+    if (::lstat(encoded.constData(), &lst) != 0)
+        return AttrInvalid;
+    struct stat pst;
+    const dev_t parentDev = ::stat(QFile::encodeName(parentOf(path)).constData(), &pst) == 0 ? pst.st_dev : lst.st_dev;
+    PseudoMounts mounts;
+    if (path == QLatin1String("/"))
+        return applyHook(path, AttrDirectory);
+    return applyHook(path, computeAttributes(path, encoded, lst, parentDev, mounts, nullptr));
+}
+
+quint32 FileSearch::attributesOf(const QString& logicalPath)
+{
+    return attributesOfNative(DriveMap::instance().toNative(logicalPath));
+}
+
+void FileSearch::setAttributeHook(AttributeHook hook)
+{
+    hookSlot() = std::move(hook);
+}
+
+} // namespace vmk
