@@ -12,7 +12,10 @@
 #include "foundation/StartUp.h"
 #include "platform/DriveMap.h"
 #include "platform/Shell.h"
+#if __has_include("scanner/Antivir.h")
 #include "scanner/Antivir.h"
+#define VMK_HAVE_ANTIVIR 1
+#endif
 #include "scanner/QuarantinePurge.h"
 
 namespace vmk::panel
@@ -108,7 +111,9 @@ QString ControlPanel::EngineCountText() const
 
 void ControlPanel::PushOptions() const
 {
+#ifdef VMK_HAVE_ANTIVIR
     scanner::PushEngineOptions();
+#endif
 }
 
 void ControlPanel::ReadDrive(qint64* freeMB, qint64* totalMB) const

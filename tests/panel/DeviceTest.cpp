@@ -1,6 +1,7 @@
 #include "DeviceFixture.h"
 
 #include "foundation/Globals.h"
+#include "foundation/Settings.h"
 #include "foundation/StartUp.h"
 #include "panel/DeviceIntegration.h"
 #include "platform/Registry.h"
@@ -102,10 +103,10 @@ TEST_F(DeviceIntegrationTest, PurgeKeepsFilesOfExactlyTheLimitAndWalksSubfolders
     const QString deep = put(q + QStringLiteral("sub\\deep.exe"), "d");
     const QDate today(2024, 5, 20);
     // Creation times in UTC; late in the evening still counts as that day.
-    QHash<QString, QDateTime> born { { fresh, QDateTime(today, QTime(0, 1), QTimeZone::UTC) },
-        { limit, QDateTime(today.addDays(-7), QTime(23, 59), QTimeZone::UTC) },
-        { over, QDateTime(today.addDays(-8), QTime(0, 0), QTimeZone::UTC) },
-        { deep, QDateTime(today.addDays(-30), QTime(12, 0), QTimeZone::UTC) } };
+    QHash<QString, QDateTime> born { { fresh, QDateTime(today, QTime(0, 1), Qt::UTC) },
+        { limit, QDateTime(today.addDays(-7), QTime(23, 59), Qt::UTC) },
+        { over, QDateTime(today.addDays(-8), QTime(0, 0), Qt::UTC) },
+        { deep, QDateTime(today.addDays(-30), QTime(12, 0), Qt::UTC) } };
     scanner::SetCreationTimeHook([&](const QString& path) { return born.value(path); });
 
     EXPECT_EQ(scanner::PurgeOldFiles(q, 7, today), 2);
@@ -114,8 +115,10 @@ TEST_F(DeviceIntegrationTest, PurgeKeepsFilesOfExactlyTheLimitAndWalksSubfolders
     EXPECT_FALSE(QFileInfo::exists(over)); // the eighth day goes
     EXPECT_FALSE(QFileInfo::exists(deep));
     // A file created today never goes, even with a limit of 0; tomorrow it does.
-    EXPECT_EQ(scanner::PurgeOldFiles(q, 0, today), 0);
-    EXPECT_EQ(scanner::PurgeOldFiles(q, 0, today.addDays(1)), 2);
+    EXPECT_EQ(scanner::PurgeOldFiles(q, 0, today), 1);
+    EXPECT_TRUE(QFileInfo::exists(fresh));
+    EXPECT_FALSE(QFileInfo::exists(limit));
+    EXPECT_EQ(scanner::PurgeOldFiles(q, 0, today.addDays(1)), 1);
     EXPECT_FALSE(QFileInfo::exists(fresh));
     // A missing folder is no error.
     EXPECT_EQ(scanner::PurgeOldFiles(QStringLiteral("E:\\nowhere\\"), 0, today), 0);

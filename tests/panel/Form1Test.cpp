@@ -12,6 +12,7 @@
 #include "panel/ui/Form1.h"
 #include "platform/Registry.h"
 #include "platform/Shell.h"
+#include "scanner/QuarantinePurge.h"
 
 #include "TestSupport.h"
 
@@ -32,7 +33,8 @@
 using namespace vmk;
 using namespace vmk::panel;
 
-class Form1Test : public test::DeviceFixture {
+class Form1Test : public test::DeviceFixture
+{
 protected:
     void SetUp() override
     {
@@ -100,7 +102,7 @@ TEST_F(Form1Test, LoadShowsFiguresAndRedrawsOnlyOnChange)
     if (m_mounted) {
         m_form->Timer1_Timer();
         m_form->Timer1_Timer();
-        EXPECT_EQ(m_form->RedrawCount(), 1);  // nothing changed, nothing redrawn
+        EXPECT_EQ(m_form->RedrawCount(), 1); // nothing changed, nothing redrawn
         put(QStringLiteral("E:\\big.bin"), QByteArray(3 * 1024 * 1024, 'x'));
         m_form->Timer1_Timer();
         EXPECT_EQ(m_form->RedrawCount(), 2);
@@ -123,13 +125,15 @@ TEST_F(Form1Test, LoadTellsMissingFoldersPurgesAndAsksForOldSignatures)
     messages.script({ 0, 0, 6 });
     m_form->Form_Load();
     ASSERT_EQ(messages.texts.size(), 3);
-    EXPECT_EQ(messages.texts[0], QStringLiteral("¡Carpeta de Respaldos no existe!\r\nPor favor, revise su configuración!"));
-    EXPECT_EQ(messages.texts[1], QStringLiteral("¡Carpeta Encriptada no existe!\r\nPor favor, revise su configuración!"));
+    EXPECT_EQ(
+        messages.texts[0], QStringLiteral("¡Carpeta de Respaldos no existe!\r\nPor favor, revise su configuración!"));
+    EXPECT_EQ(
+        messages.texts[1], QStringLiteral("¡Carpeta Encriptada no existe!\r\nPor favor, revise su configuración!"));
     EXPECT_EQ(messages.texts[2],
         QStringLiteral("¡Las firmas no han sigo actualizadas en más de 5 días!\r\n¿Desea actualizar ahora?"));
     EXPECT_EQ(messages.kinds[2], 1);
     EXPECT_FALSE(QFileInfo::exists(old));
-    EXPECT_FALSE(QFileInfo::exists(native(QStringLiteral("E:") + S().BackupsFolder)));  // nothing is created
+    EXPECT_FALSE(QFileInfo::exists(native(QStringLiteral("E:") + S().BackupsFolder))); // nothing is created
     // The yes starts the update half a second later.
     EXPECT_TRUE(m_form->TimerUpdate()->isActive());
     EXPECT_EQ(m_form->TimerUpdate()->interval(), 500);
@@ -143,7 +147,7 @@ TEST_F(Form1Test, LoadTellsMissingFoldersPurgesAndAsksForOldSignatures)
     Form1 third(m_panel, {});
     third.Form_Load();
     EXPECT_EQ(third.label("Label8")->text(), QStringLiteral("-----"));
-    EXPECT_EQ(quiet.texts.size(), 4) << quiet.texts.join(QLatin1Char('|')).toStdString();  // the two folders, twice
+    EXPECT_EQ(quiet.texts.size(), 4) << quiet.texts.join(QLatin1Char('|')).toStdString(); // the two folders, twice
     EXPECT_FALSE(second.TimerUpdate()->isActive());
     EXPECT_FALSE(third.TimerUpdate()->isActive());
 }
@@ -158,7 +162,7 @@ TEST_F(Form1Test, DevicePulledRemovesKeysAndTrayAndEndsWithoutRestore)
     EXPECT_EQ(m_trayRemoved, 1);
     for (const QString& key : DeviceIntegration::ShellKeys())
         EXPECT_FALSE(Registry::keyExists(key));
-    EXPECT_TRUE(AutorunGuarded());  // no restore, nothing released
+    EXPECT_TRUE(AutorunGuarded()); // no restore, nothing released
     EXPECT_EQ(test::readFile(native(QStringLiteral("E:\\AUTORUN.inf"))), QByteArray("[autorun]\r\nopen=evil.exe\r\n"));
     EXPECT_TRUE(G().EngineLoaded);
     EXPECT_FALSE(m_form->Timer1()->isActive());
@@ -188,8 +192,8 @@ TEST_F(Form1Test, AskedQuitDeclinedThenAccepted)
     EXPECT_EQ(m_endCodes, QList<int>({ 0 }));
     EXPECT_EQ(m_trayRemoved, 1);
     EXPECT_FALSE(AutorunGuarded());
-    EXPECT_EQ(test::readFile(native(QStringLiteral("E:\\AUTORUN.inf"))),
-        QByteArray("[autorun]\r\nopen=VMK\\Vormak.exe\r\n"));
+    EXPECT_EQ(
+        test::readFile(native(QStringLiteral("E:\\AUTORUN.inf"))), QByteArray("[autorun]\r\nopen=VMK\\Vormak.exe\r\n"));
     // The shell keys stay on a normal quit, and no helper runs.
     EXPECT_TRUE(Registry::keyExists(DeviceIntegration::ShellKeys().last()));
     QThread::msleep(200);
@@ -207,8 +211,8 @@ TEST_F(Form1Test, EjectQuitAsksNothingRestoresAndStartsTheHelper)
     EXPECT_TRUE(G().QuitWithEject);
     EXPECT_EQ(m_endCodes, QList<int>({ 0 }));
     EXPECT_EQ(m_trayRemoved, 1);
-    EXPECT_EQ(test::readFile(native(QStringLiteral("E:\\AUTORUN.inf"))),
-        QByteArray("[autorun]\r\nopen=VMK\\Vormak.exe\r\n"));
+    EXPECT_EQ(
+        test::readFile(native(QStringLiteral("E:\\AUTORUN.inf"))), QByteArray("[autorun]\r\nopen=VMK\\Vormak.exe\r\n"));
     EXPECT_EQ(waitForMarker(), QStringLiteral("4|E:"));
     EXPECT_EQ(QDir::currentPath(), QDir(native(G().SystemFolder)).canonicalPath());
     for (const QString& t : messages.texts)
@@ -223,8 +227,8 @@ TEST_F(Form1Test, ButtonsLightOnHoverAndTheWebAddressOpens)
     QLabel* background = m_form->findChild<QLabel*>(QStringLiteral("Image21"));
     ASSERT_TRUE(zone && lit && background);
     EXPECT_FALSE(lit->isVisible());
-    QMouseEvent move(QEvent::MouseMove, QPointF(10, 10), zone->mapToGlobal(QPointF(10, 10)), Qt::NoButton,
-        Qt::NoButton, Qt::NoModifier);
+    QMouseEvent move(QEvent::MouseMove, QPointF(10, 10), zone->mapToGlobal(QPointF(10, 10)), Qt::NoButton, Qt::NoButton,
+        Qt::NoModifier);
     QApplication::sendEvent(zone, &move);
     EXPECT_TRUE(lit->isVisible());
     QMouseEvent away(QEvent::MouseMove, QPointF(5, 5), background->mapToGlobal(QPointF(5, 5)), Qt::NoButton,
@@ -232,12 +236,12 @@ TEST_F(Form1Test, ButtonsLightOnHoverAndTheWebAddressOpens)
     QApplication::sendEvent(background, &away);
     EXPECT_FALSE(lit->isVisible());
     // Every control the panel names is there.
-    for (const char* name : { "Lab_USB", "Label18", "Lbl_Tit_Lib", "Lbl_Lib", "Label12", "LblUsed", "Lbl_Tit_Tot",
-             "Lbl_Tot", "Label5", "Label8", "Label6", "Label9", "Label7", "Label10", "LabelEspecial", "Image2", "Image3",
-             "Image4", "Image5", "Image6", "Image7", "Image8", "Image9", "Image10", "Image11", "Image12", "Image13",
-             "Image14", "Image15", "Image16", "Image17", "Image18", "Image20", "Image21", "Image23", "Lbl_but1",
-             "Lbl_but2", "Lbl_but3", "Lbl_but4", "Lbl_but5", "Lbl_but6", "Lbl_but7", "Label1", "Label2", "Label11",
-             "Label13", "Label4" })
+    for (const char* name :
+        { "Lab_USB", "Label18", "Lbl_Tit_Lib", "Lbl_Lib", "Label12", "LblUsed", "Lbl_Tit_Tot", "Lbl_Tot", "Label5",
+            "Label8", "Label6", "Label9", "Label7", "Label10", "LabelEspecial", "Image2", "Image3", "Image4", "Image5",
+            "Image6", "Image7", "Image8", "Image9", "Image10", "Image11", "Image12", "Image13", "Image14", "Image15",
+            "Image16", "Image17", "Image18", "Image20", "Image21", "Image23", "Lbl_but1", "Lbl_but2", "Lbl_but3",
+            "Lbl_but4", "Lbl_but5", "Lbl_but6", "Lbl_but7", "Label1", "Label2", "Label11", "Label13", "Label4" })
         EXPECT_NE(m_form->findChild<QWidget*>(QLatin1String(name)), nullptr) << name;
     EXPECT_NE(m_form->findChild<QWidget*>(QStringLiteral("Pie")), nullptr);
 

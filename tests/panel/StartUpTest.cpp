@@ -12,13 +12,14 @@
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
-#include <QSignalSpy>
 #include <QStandardPaths>
+#include <QThread>
 #include <QTimer>
 
 using namespace vmk;
 
-class StartUpTest : public test::DeviceFixture {
+class StartUpTest : public test::DeviceFixture
+{
 protected:
     void SetUp() override
     {
@@ -40,7 +41,7 @@ protected:
 TEST_F(StartUpTest, LanguageFromLanguageCnf)
 {
     SettleLanguage();
-    EXPECT_EQ(G().LanguageIndex, 0);  // no file: Spanish
+    EXPECT_EQ(G().LanguageIndex, 0); // no file: Spanish
     const QString cnf = m_programFolder + QStringLiteral("\\Language.cnf");
     put(cnf, "[English]\r\nignored\r\n");
     SettleLanguage();
@@ -71,7 +72,7 @@ TEST_F(StartUpTest, ComponentsAreCopiedOnceAndEjectEveryTime)
     EXPECT_EQ(test::readFile(sys + QStringLiteral("/xceedzip.dll")), QByteArray("zip component"));
     EXPECT_TRUE(ComponentRegistered(QStringLiteral("xceedzip.dll")));
     EXPECT_TRUE(ComponentRegistered(QStringLiteral("MSCOMCT2.OCX")));
-    EXPECT_FALSE(ComponentRegistered(QStringLiteral("xceedcry.dll")));  // absent from the device
+    EXPECT_FALSE(ComponentRegistered(QStringLiteral("xceedcry.dll"))); // absent from the device
     EXPECT_FALSE(QFileInfo::exists(sys + QStringLiteral("/xceedcry.dll")));
     EXPECT_TRUE(QFileInfo(sys + QStringLiteral("/eject.exe")).isExecutable());
 
@@ -90,11 +91,11 @@ TEST_F(StartUpTest, DriveAutorunGuardAndEngineMessage)
     SettleProgramDrive();
     EXPECT_EQ(G().ProgramDrive, QStringLiteral("E:"));
 
-    EXPECT_FALSE(GuardAutorun());  // nothing to guard
+    EXPECT_FALSE(GuardAutorun()); // nothing to guard
     const QString autorun = put(QStringLiteral("E:\\AUTORUN.inf"), "[autorun]\r\n");
     ASSERT_TRUE(GuardAutorun());
     QFile writer(autorun);
-    if (::getuid() != 0)  // root writes whatever the permissions say
+    if (::getuid() != 0) // root writes whatever the permissions say
         EXPECT_FALSE(writer.open(QIODevice::WriteOnly | QIODevice::Append));
     EXPECT_FALSE(QFile::permissions(autorun) & QFileDevice::WriteOwner);
     ReleaseAutorun();

@@ -1,6 +1,10 @@
 #include "panel/ui/Form1.h"
 
 #include "panel/ControlPanel.h"
+#if __has_include("charts/ui/Pie.h")
+#include "charts/ui/Pie.h"
+#define VMK_HAVE_PIE 1
+#endif
 
 #include "foundation/Globals.h"
 #include "foundation/Messages.h"
@@ -17,6 +21,13 @@
 #include <QPixmap>
 #include <QScreen>
 #include <QTimer>
+
+// The pictures are compiled into this static library; their registration must
+// be pulled in by name.
+static void initPanelResources()
+{
+    Q_INIT_RESOURCE(panel);
+}
 
 namespace vmk::panel
 {
@@ -36,6 +47,7 @@ Form1::Form1(ControlPanel& panel, Hooks hooks, QWidget* parent)
     , m_timer1(new QTimer(this))
     , m_timerUpdate(new QTimer(this))
 {
+    initPanelResources();
     setObjectName(QStringLiteral("Form1"));
     setWindowTitle(QStringLiteral("Vormak"));
     setWindowIcon(QIcon(QStringLiteral(":/panel/icons/vormak.png")));
@@ -256,10 +268,12 @@ void Form1::drawFigures(const PanelFigures& figures)
 {
     ++m_redraws;
     QList<double> chart { figures.UsedPercent(), figures.FreePercent() };
+#ifdef VMK_HAVE_PIE
     if (auto* pie = qobject_cast<Pie*>(m_pie)) {
         int length = 15;
         pie->CreatePie(chart, 150, 80, length);
     }
+#endif
     label("Lbl_Lib")->setText(figures.FreeCaption());
     label("LblUsed")->setText(figures.UsedCaption());
     label("Lbl_Tot")->setText(figures.TotalCaption());
