@@ -67,6 +67,9 @@ int main(int argc, char** argv)
     // VMK_EXIT_WHEN_SHOWN=1 ends the program as soon as the panel is up and
     // prints the time it took, for the start-up benchmark.
     const bool exitWhenShown = qEnvironmentVariableIntValue("VMK_EXIT_WHEN_SHOWN") == 1;
+    // VMK_GRAB_DIR=DIR saves pictures of the splash and the panel there, for
+    // the documentation.
+    const QString grabDir = qEnvironmentVariable("VMK_GRAB_DIR");
 
     vmk::panel::ControlPanel panel;
     vmk::Splash* splash = nullptr;
@@ -93,6 +96,8 @@ int main(int argc, char** argv)
     splashHooks.showPanel = [&] {
         form->show();
         form->Form_Load();
+        if (!grabDir.isEmpty())
+            QTimer::singleShot(400, [&] { form->grab().save(grabDir + QStringLiteral("/panel.png")); });
         if (exitWhenShown) {
             QTimer::singleShot(0, [] {
                 std::printf("panel shown after %.1f ms\n", msSinceProcessStart());
@@ -111,6 +116,8 @@ int main(int argc, char** argv)
         QIcon(QStringLiteral(":/panel/icons/vormak.png")), splashHooks);
     splash->show();
     splash->Form_Load();
+    if (!grabDir.isEmpty())
+        splash->grab().save(grabDir + QStringLiteral("/splash.png"));
     const int code = app.exec();
     delete form;
     delete splash;
