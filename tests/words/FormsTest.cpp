@@ -1,5 +1,6 @@
 #include "foundation/Globals.h"
 #include "foundation/Messages.h"
+#include "foundation/Progress.h"
 #include "foundation/ui/AnimationArea.h"
 #include "foundation/ui/ApplyLanguage.h"
 #include "foundation/ui/Barra.h"
@@ -331,14 +332,17 @@ TEST_F(FormsFixture, BarraCancelAndProgress)
              "Label3", "Label4", "Label5", "Label6", "Command1" })
         EXPECT_NE(barra.findChild<QWidget*>(QString::fromLatin1(name)), nullptr) << name;
 
-    EXPECT_EQ(vmk::Barra::Current(), nullptr);
+    // Progress reaches the bars only while the form is shown.
+    vmk::ProgressBarF(30);
+    EXPECT_EQ(barra.ProgressBarF()->value(), 0);
     barra.show();
     EXPECT_FALSE(barra.isModal());
-    EXPECT_EQ(vmk::Barra::Current(), &barra);
-    barra.SetFileProgress(40);
-    barra.SetTotalProgress(250);
+    vmk::ProgressBarF(40);
+    vmk::ProgressBarT(250);
     EXPECT_EQ(barra.ProgressBarF()->value(), 40);
     EXPECT_EQ(barra.ProgressBarT()->value(), 100);
+    barra.SetFileProgress(-4);
+    EXPECT_EQ(barra.ProgressBarF()->value(), 0);
     barra.Animation()->Open(QStringLiteral("E:\\VMK\\Filedel.avi"));
     EXPECT_EQ(barra.Animation()->kind(), vmk::AnimationArea::Kind::Delete);
     EXPECT_TRUE(barra.Animation()->isPlaying());
@@ -348,7 +352,8 @@ TEST_F(FormsFixture, BarraCancelAndProgress)
     EXPECT_TRUE(G().CancelRequested);
     EXPECT_FALSE(barra.Command1()->isEnabled());
     barra.hide();
-    EXPECT_EQ(vmk::Barra::Current(), nullptr);
+    vmk::ProgressBarF(77);
+    EXPECT_EQ(barra.ProgressBarF()->value(), 0);
 }
 
 TEST_F(FormsFixture, BarraUpdateRunsAndWraps)

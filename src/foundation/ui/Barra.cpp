@@ -1,6 +1,7 @@
 #include "foundation/ui/Barra.h"
 
 #include "foundation/Globals.h"
+#include "foundation/Progress.h"
 #include "foundation/ui/AnimationArea.h"
 #include "foundation/ui/ApplyLanguage.h"
 
@@ -12,12 +13,6 @@ namespace vmk
 {
 namespace
 {
-
-Barra*& currentBarra()
-{
-    static Barra* current = nullptr;
-    return current;
-}
 
 QLabel* makeLabel(QWidget* parent, const char* name, const QString& text, const QRect& geometry)
 {
@@ -97,11 +92,6 @@ void Barra::SetTotalProgress(int percent)
     m_progressBarT->setValue(qBound(0, percent, 100));
 }
 
-Barra* Barra::Current()
-{
-    return currentBarra();
-}
-
 void Barra::showEvent(QShowEvent* event)
 {
     QDialog::showEvent(event);
@@ -116,14 +106,18 @@ void Barra::hideEvent(QHideEvent* event)
 
 void Barra::connectProgress(bool on)
 {
+    if (on == m_hooked)
+        return;
     if (on) {
-        currentBarra() = this;
-    } else if (currentBarra() == this) {
-        currentBarra() = nullptr;
+        m_previousF = SetProgressBarFHook([this](int percent) { SetFileProgress(percent); });
+        m_previousT = SetProgressBarTHook([this](int percent) { SetTotalProgress(percent); });
+    } else {
+        SetProgressBarFHook(m_previousF);
+        SetProgressBarTHook(m_previousT);
+        m_previousF = nullptr;
+        m_previousT = nullptr;
     }
-    // ADAPTER (until the foundation's progress hooks land): producers reach the form
-    // through Barra::Current(); then this routes those hooks to SetFileProgress and
-    // SetTotalProgress instead.
+    m_hooked = on;
 }
 
 } // namespace vmk

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "foundation/Progress.h"
+
 #include <QDialog>
 
 class QLabel;
@@ -20,7 +22,7 @@ class AnimationArea;
 //   Label5        "Archivo actual", the caption of ProgressBarF (the file in percent)
 //   Label6        "Porcentaje Total", the caption of ProgressBarT (the whole item)
 //   Command1      cancel: disables itself and sets G().CancelRequested
-// While shown, the form receives the foundation's file and total progress reports.
+// While shown, the form takes the foundation's ProgressBarF and ProgressBarT reports.
 class Barra : public QDialog
 {
     Q_OBJECT
@@ -43,9 +45,6 @@ public:
     void SetFileProgress(int percent);
     void SetTotalProgress(int percent);
 
-    // The form that receives progress reports now, if any.
-    static Barra* Current();
-
 protected:
     void showEvent(QShowEvent* event) override;
     void hideEvent(QHideEvent* event) override;
@@ -60,6 +59,9 @@ private:
     QLabel* m_labelC;
     QLabel* m_labels[6];
     QPushButton* m_command1;
+    bool m_hooked = false;
+    ProgressHook m_previousF;
+    ProgressHook m_previousT;
 };
 
 } // namespace vmk

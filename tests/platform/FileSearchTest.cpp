@@ -1,0 +1,123 @@
+#include "platform/FileSearch.h"
+#include "platform/DriveMap.h"
+
+#include "TestSupport.h"
+
+#include <QDir>
+#include <QFile>
+#include <QTemporaryDir>
+
+#include <gtest/gtest.h>
+
+#include <sys/mount.h>
+#include <sys/socket.h>
+#include <sys/stat.h>
+#include <sys/un.h>
+#include <unistd.h>
+
+#include <cstring>
+
+using namespace vmk;
+
+namespace
+{
+quint32 attributeOf(const QList<FoundEntry>& entries, const QString& name)
+{
+    for (const FoundEntry& e : entries) {
+        if (e.name == name)
+            return e.attributes;
+    }
+    return AttrInvalid;
+}
+} // namespace
+
+TEST(FileSearchTest, AttributeWordOfEveryKindOfEntry)
+{
+    QTemporaryDir dir;
+    const QString root = QDir(dir.path()).canonicalPath();
+    DriveMap::instance().setTestDrives({ { u'C', QStringLiteral("/") }, { u'E', root } }, u'E');
+    ASSERT_TRUE(test::writeFile(root + "/plain.txt", "12345"));
+    ASSERT_TRUE(test::writeFile(root + "/.hidden", "h"));
+    ASSERT_TRUE(QDir().mkpath(root + "/Folder"));
+    ASSERT_TRUE(QDir().mkpath(root + "/.config"));
+    ASSERT_EQ(::symlink((root + "/Folder").toUtf8().constData(), (root + "/dirlink").toUtf8().constData()), 0);
+    ASSERT_EQ(::symlink((root + "/plain.txt").toUtf8().constData(), (root + "/filelink").toUtf8().constData()), 0);
+    ASSERT_EQ(::symlink("/proc", (root + "/proclink").toUtf8().constData()), 0);
+    ASSERT_EQ(::mkfifo((root + "/pipe").toUtf8().constData(), 0600), 0);
+    // A listening socket: a walk that opened it would fail; one that read a FIFO would block.
+    const int sock = ::socket(AF_UNIX, SOCK_STREAM, 0);
+    ASSERT_GE(sock, 0);
+    sockaddr_un addr {};
+    addr.sun_family = AF_UNIX;
+    const QByteArray sockPath = (root + "/sock").toUtf8();
+    ASSERT_LT(static_cast<size_t>(sockPath.size()), sizeof(addr.sun_path));
+    std::memcpy(addr.sun_path, sockPath.constData(), sockPath.size());
+    ASSERT_EQ(::bind(sock, reinterpret_cast<sockaddr*>(&addr), sizeof(addr)), 0);
+
+    const QList<FoundEntry> all = FileSearch::list(QStringLiteral("E:\\"), QStringLiteral("*.*"));
+    EXPECT_EQ(all.size(), 9);
+    EXPECT_EQ(attributeOf(all, "plain.txt"), quint32(AttrArchive));
+    EXPECT_EQ(attributeOf(all, ".hidden"), quint32(AttrArchive | AttrHidden));
+    EXPECT_EQ(attributeOf(all, "Folder"), quint32(AttrDirectory));
+    EXPECT_EQ(attributeOf(all, ".config"), quint32(AttrDirectory | AttrHidden));
+    EXPECT_EQ(attributeOf(all, "dirlink"), quint32(AttrJunction));
+    EXPECT_EQ(attributeOf(all, "proclink"), quint32(AttrJunction));
+    EXPECT_EQ(attributeOf(all, "filelink"), quint32(AttrArchive));
+    EXPECT_EQ(attributeOf(all, "pipe"), quint32(AttrSystem | AttrDevice));
+    EXPECT_EQ(attributeOf(all, "sock"), quint32(AttrSystem | AttrDevice));
+    for (const FoundEntry& e : all) {
+        if (e.name == "plain.txt") {
+            EXPECT_EQ(e.size, 5);
+        } else if (e.name == "pipe" || e.name == "Folder") {
+            EXPECT_EQ(e.size, 0);
+        }
+    }
+    // Sorted by name, wildcard case-insensitive.
+    for (qsizetype i = 1; i < all.size(); ++i)
+        EXPECT_LT(all[i - 1].name, all[i].name);
+    const QList<FoundEntry> txt = FileSearch::list(QStringLiteral("E:\\"), QStringLiteral("*.TXT"));
+    ASSERT_EQ(txt.size(), 1);
+    EXPECT_EQ(txt[0].name, QStringLiteral("plain.txt"));
+
+    EXPECT_EQ(FileSearch::attributesOf(QStringLiteral("E:\\DIRLINK")), quint32(AttrJunction));
+    EXPECT_EQ(FileSearch::attributesOf(QStringLiteral("E:\\Folder\\")), quint32(AttrDirectory));
+    EXPECT_EQ(FileSearch::attributesOf(QStringLiteral("E:\\nothing")), quint32(AttrInvalid));
+    EXPECT_EQ(FileSearch::attributesOf(QStringLiteral("C:\\proc")), quint32(AttrJunction));
+    EXPECT_EQ(FileSearch::attributesOf(QStringLiteral("C:\\sys")), quint32(AttrJunction));
+    EXPECT_TRUE(FileSearch::list(QStringLiteral("E:\\missing")).isEmpty());
+
+    // The test double can give any word.
+    FileSearch::setAttributeHook([&](const QString& path, quint32 computed) -> std::optional<quint32> {
+        if (path.endsWith(QLatin1String("/plain.txt")))
+            return AttrArchive | AttrReadOnly | AttrSystem;
+        return computed == AttrDirectory ? std::optional<quint32>(AttrJunction) : std::nullopt;
+    });
+    const QList<FoundEntry> hooked = FileSearch::list(QStringLiteral("E:\\"));
+    EXPECT_EQ(attributeOf(hooked, "plain.txt"), quint32(0x25));
+    EXPECT_EQ(attributeOf(hooked, "Folder"), quint32(AttrJunction));
+    EXPECT_EQ(attributeOf(hooked, ".hidden"), quint32(AttrArchive | AttrHidden));
+    FileSearch::setAttributeHook({});
+    ::close(sock);
+    DriveMap::instance().resetToHost();
+}
+
+TEST(FileSearchTest, RealMountOfProcCarriesTheJunctionWord)
+{
+    QTemporaryDir dir;
+    const QString root = QDir(dir.path()).canonicalPath();
+    ASSERT_TRUE(QDir().mkpath(root + "/kernel"));
+    ASSERT_TRUE(QDir().mkpath(root + "/normal"));
+    const QByteArray target = (root + "/kernel").toUtf8();
+    if (::mount("proc", target.constData(), "proc", MS_NOSUID | MS_NODEV | MS_NOEXEC, nullptr) != 0)
+        GTEST_SKIP() << "mount of proc refused: " << std::strerror(errno);
+    DriveMap::instance().setTestDrives({ { u'C', QStringLiteral("/") }, { u'E', root } }, u'E');
+    const QList<FoundEntry> entries = FileSearch::list(QStringLiteral("E:\\"));
+    const quint32 kernel = attributeOf(entries, "kernel");
+    const quint32 normal = attributeOf(entries, "normal");
+    const quint32 direct = FileSearch::attributesOf(QStringLiteral("E:\\kernel"));
+    ::umount2(target.constData(), MNT_DETACH);
+    DriveMap::instance().resetToHost();
+    EXPECT_EQ(kernel, quint32(AttrJunction));
+    EXPECT_EQ(direct, quint32(AttrJunction));
+    EXPECT_EQ(normal, quint32(AttrDirectory));
+}
