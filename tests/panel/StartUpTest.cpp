@@ -95,8 +95,9 @@ TEST_F(StartUpTest, DriveAutorunGuardAndEngineMessage)
     const QString autorun = put(QStringLiteral("E:\\AUTORUN.inf"), "[autorun]\r\n");
     ASSERT_TRUE(GuardAutorun());
     QFile writer(autorun);
-    if (::getuid() != 0) // root writes whatever the permissions say
+    if (::getuid() != 0) { // root writes whatever the permissions say
         EXPECT_FALSE(writer.open(QIODevice::WriteOnly | QIODevice::Append));
+    }
     EXPECT_FALSE(QFile::permissions(autorun) & QFileDevice::WriteOwner);
     ReleaseAutorun();
     EXPECT_TRUE(QFile::permissions(autorun) & QFileDevice::WriteOwner);

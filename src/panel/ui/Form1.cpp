@@ -1,11 +1,8 @@
 #include "panel/ui/Form1.h"
 
 #include "panel/ControlPanel.h"
-#if __has_include("charts/ui/Pie.h")
-#include "charts/ui/Pie.h"
-#define VMK_HAVE_PIE 1
-#endif
 
+#include "charts/ui/Pie.h"
 #include "foundation/Globals.h"
 #include "foundation/Messages.h"
 #include "foundation/ui/ApplyLanguage.h"
@@ -87,9 +84,10 @@ Form1::Form1(ControlPanel& panel, Hooks hooks, QWidget* parent)
     addLabel("Lab_USB", QStringLiteral("Espacio"), QRect(32, 80, 150, 24), kTitleStyle);
     addLabel("Label18", QString(), QRect(190, 80, 100, 24), kValueStyle)
         ->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
-    m_pie = new QWidget(this);
+    m_pie = new Pie(this);
     m_pie->setObjectName(QStringLiteral("Pie"));
-    m_pie->setGeometry(86, 108, 152, 100);
+    m_pie->setGeometry(86, 112, 152, 100);
+    m_pie->setBackcolor(QColor(0xfa, 0xfb, 0xfc));
     const int rows[3] = { 222, 248, 274 };
     const char* titles[3] = { "Lbl_Tit_Lib", "Label12", "Lbl_Tit_Tot" };
     const char* values[3] = { "Lbl_Lib", "LblUsed", "Lbl_Tot" };
@@ -105,10 +103,10 @@ Form1::Form1(ControlPanel& panel, Hooks hooks, QWidget* parent)
     const char* sigValues[3] = { "Label8", "Label9", "Label10" };
     const QString sigWords[3] = { QStringLiteral("Última actualización"), QStringLiteral("Versión de firmas"),
         QStringLiteral("Firmas de Virus") };
+    // Each caption over its value: the version text of a signature set can be long.
     for (int i = 0; i < 3; ++i) {
-        addLabel(sigTitles[i], sigWords[i], QRect(32, 328 + i * 38, 150, 22), kCaptionStyle);
-        addLabel(sigValues[i], QString(), QRect(150, 328 + i * 38, 140, 22), kValueStyle)
-            ->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
+        addLabel(sigTitles[i], sigWords[i], QRect(32, 322 + i * 40, 260, 18), kCaptionStyle);
+        addLabel(sigValues[i], QString(), QRect(32, 339 + i * 40, 260, 20), kValueStyle);
     }
 
     // The nine tool buttons, each a resting picture (hot zone) under its lit one.
@@ -267,13 +265,9 @@ void Form1::Timer1_Timer()
 void Form1::drawFigures(const PanelFigures& figures)
 {
     ++m_redraws;
-    QList<double> chart { figures.UsedPercent(), figures.FreePercent() };
-#ifdef VMK_HAVE_PIE
-    if (auto* pie = qobject_cast<Pie*>(m_pie)) {
-        int length = 15;
-        pie->CreatePie(chart, 150, 80, length);
-    }
-#endif
+    const QList<QVariant> chart { figures.UsedPercent(), figures.FreePercent() };
+    int length = 15;
+    m_pie->CreatePie(chart, 150, 80, length);
     label("Lbl_Lib")->setText(figures.FreeCaption());
     label("LblUsed")->setText(figures.UsedCaption());
     label("Lbl_Tot")->setText(figures.TotalCaption());

@@ -14,6 +14,7 @@ namespace vmk
 {
 class BarraUpdate;
 class FormEject;
+class Pie;
 } // namespace vmk
 
 namespace vmk::panel
@@ -78,7 +79,7 @@ private:
     Hooks m_hooks;
     QTimer* m_timer1;
     QTimer* m_timerUpdate;
-    QWidget* m_pie = nullptr;
+    Pie* m_pie = nullptr;
     BarraUpdate* m_barraUpdate = nullptr;
     FormEject* m_formEject = nullptr;
     QLabel* m_background = nullptr;
