@@ -6,6 +6,7 @@
 
 #include <QDir>
 #include <QFile>
+#include <QFileInfo>
 
 #include <QFile>
 #include <zip.h>
@@ -64,6 +65,7 @@ QByteArray puaMarker(const char* category)
 bool makeZip(const QString& path, const QList<ZipMember>& members)
 {
     QFile::remove(path);
+    QDir().mkpath(QFileInfo(path).absolutePath());
     int err = 0;
     zip_t* za = zip_open(QFile::encodeName(path).constData(), ZIP_CREATE | ZIP_TRUNCATE, &err);
     if (!za)

@@ -1,4 +1,4 @@
-# Builds bin/sigs/vormak.cud from the sources in SOURCE_DIR and writes bin/idx/master.idx.
+# Builds bin/sigs/vormak.cud from the sources in SOURCE_DIR (avupdate.exe then indexes it).
 # sigtool builds a container from every NAME.* file of its working folder and a COPYING
 # file, and asks for the builder's name on standard input.
 file(REMOVE_RECURSE ${STAGE})
@@ -15,10 +15,4 @@ execute_process(
 if(NOT _rc EQUAL 0 OR NOT EXISTS ${STAGE}/vormak.cud)
   message(FATAL_ERROR "sigtool failed (${_rc}):\n${_out}\n${_err}")
 endif()
-string(REGEX MATCH "Total sigs: ([0-9]+)" _m "${_out}")
-set(_count ${CMAKE_MATCH_1})
 file(COPY ${STAGE}/vormak.cud DESTINATION ${BIN}/sigs)
-file(SHA256 ${BIN}/sigs/vormak.cud _sha)
-string(TIMESTAMP _date "%Y%m%d" UTC)
-# First line: the set as a whole, "=" date "_" version "_" signature count; then one line per file.
-file(WRITE ${BIN}/idx/master.idx "Signatures=${_date}_${VERSION}_${_count}\r\nvormak.cud=${_date}_${VERSION}_${_sha}\r\n")

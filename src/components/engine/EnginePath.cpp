@@ -1,19 +1,17 @@
 #include "components/engine/EnginePath.h"
 
-#include <QDir>
+#include "platform/DriveMap.h"
 
 namespace vmk::engine
 {
 
 QString NativePathOf(const QString& logicalPath)
 {
-    // Host paths pass unchanged; "C:\..." is the host's root.
-    if (logicalPath.size() >= 2 && logicalPath.at(1) == QLatin1Char(':') && logicalPath.at(0).toUpper() == 'C') {
-        QString rest = logicalPath.mid(2);
-        rest.replace(QLatin1Char('\\'), QLatin1Char('/'));
-        return rest.isEmpty() ? QStringLiteral("/") : rest;
-    }
-    return logicalPath;
+    // Host paths (the command-line tool's arguments) pass unchanged; an unknown
+    // letter gives "" and the scan reports a bad path.
+    if (!DriveMap::hasDriveLetter(logicalPath))
+        return logicalPath;
+    return DriveMap::instance().toNative(logicalPath);
 }
 
 } // namespace vmk::engine

@@ -1,0 +1,102 @@
+#include "scanner/Antivir.h"
+
+#include "components/engine/Engine.h"
+#include "components/engine/EngineSession.h"
+#include "foundation/Globals.h"
+#include "foundation/Messages.h"
+#include "foundation/Translate.h"
+
+#include <QByteArray>
+
+#include <cstring>
+
+namespace vmk
+{
+
+QString LiftEngineText(int32_t length, const char* pointer)
+{
+    if (length <= 0 || !pointer)
+        return QString();
+    // One byte longer than the text; the last one stays 0.
+    QByteArray bytes(length + 1, '\0');
+    std::memcpy(bytes.data(), pointer, static_cast<size_t>(length));
+    // The host's 8-bit code page is UTF-8.
+    QString text = QString::fromUtf8(bytes.constData(), bytes.size());
+    text.remove(QChar(u'\0'));
+    return text;
+}
+
+const std::array<EngineSetting, 18> EngineSettings { {
+    { 3, &SettingsValues::ArchiveScan },
+    { 4, &SettingsValues::ArchiveMaxSize },
+    { 5, &SettingsValues::ArchiveMaxRec },
+    { 8, &SettingsValues::MailboxScan },
+    { 9, &SettingsValues::HeurMacro },
+    { 10, &SettingsValues::HeurLevel },
+    { 12, &SettingsValues::ScanTimeout },
+    { 13, &SettingsValues::Repair },
+    { 15, &SettingsValues::SavapiNotifyOffice },
+    { 16, &SettingsValues::SavapiNotifyOfficeMacro },
+    { 41, nullptr },
+    { 24, &SettingsValues::DetectAdspy },
+    { 25, &SettingsValues::DetectDial },
+    { 26, &SettingsValues::DetectGame },
+    { 27, &SettingsValues::DetectJoke },
+    { 28, &SettingsValues::DetectPck },
+    { 29, &SettingsValues::DetectPhish },
+    { 30, &SettingsValues::DetectSpr },
+} };
+
+void PushEngineOptions(const SettingsValues& settings)
+{
+    for (const EngineSetting& s : EngineSettings) {
+        const QByteArray value = s.Key ? (settings.*s.Key).toLocal8Bit() : QByteArray("1");
+        engine::setvalue(s.Number, value.constData());
+    }
+}
+
+FileScanResult ScanOneFile(const QString& path, engine::EngineSession* session)
+{
+    FileScanResult out;
+    const auto* wide = reinterpret_cast<const char16_t*>(path.utf16());
+    const engine::ScanResult r = session ? session->ScanFile(wide) : engine::ScanFile(wide);
+    out.ReturnCode = r.ReturnCode;
+    out.AlertCount = r.AlertCount;
+    if (!out.infected())
+        return out;
+    for (int i = 0; i < r.AlertCount; ++i) {
+        engine::AlertRecord rec;
+        if (session)
+            session->ReadAlert(i, &rec);
+        else
+            engine::ReadAlert(i, &rec);
+        AlertRow row;
+        row.Object = LiftEngineText(rec.ObjectLen, rec.ObjectPtr);
+        row.ThreatKind = LiftEngineText(rec.ThreatKindLen, rec.ThreatKindPtr);
+        row.ThreatName = LiftEngineText(rec.ThreatNameLen, rec.ThreatNamePtr);
+        row.Threat = row.ThreatKind + ':' + row.ThreatName;
+        row.Repairable = rec.Repairable == 1;
+        out.Rows << row;
+    }
+    return out;
+}
+
+QString NotProcessedText(int returnCode)
+{
+    return Translate(QStringLiteral("Error: ")) + QString::number(returnCode);
+}
+
+bool SideScanForExclusion(const QString& path)
+{
+    G().ExcludeFile = false;
+    const engine::ScanResult r = engine::ScanFile(reinterpret_cast<const char16_t*>(path.utf16()));
+    if (r.ReturnCode == 0 && r.AlertCount >= 1) {
+        const QString text
+            = Translate(QStringLiteral("¡Archivo infectado! ¿Desea excluir este archivo?")) + "\r\n" + path;
+        if (ShowMessage(text, 4) == 6)
+            G().ExcludeFile = true;
+    }
+    return G().ExcludeFile;
+}
+
+} // namespace vmk

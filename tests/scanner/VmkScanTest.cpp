@@ -1,0 +1,134 @@
+#include "EngineTestSupport.h"
+#include "TestSupport.h"
+#include "components/engine/Engine.h"
+#include "foundation/Settings.h"
+#include "platform/DriveMap.h"
+#include "scanner/Antivir.h"
+
+#include <QDir>
+#include <QFile>
+#include <QProcess>
+#include <QTemporaryDir>
+
+#include <gtest/gtest.h>
+
+using namespace vmk;
+using namespace vmk::test;
+
+namespace
+{
+
+struct CliRun {
+    int exit = -1;
+    QStringList lines;
+};
+
+CliRun vmkScan(const QStringList& args)
+{
+    QProcess p;
+    p.start(binDir() + "/vmk", QStringList { "scan" } + args);
+    EXPECT_TRUE(p.waitForFinished(120000));
+    CliRun r;
+    r.exit = p.exitCode();
+    r.lines = QString::fromUtf8(p.readAllStandardOutput()).split('\n', Qt::SkipEmptyParts);
+    return r;
+}
+
+} // namespace
+
+TEST(VmkScan, WalksDepthFirstSkipsJunctionsAndKeepsOrderWithJobs)
+{
+    QTemporaryDir dir;
+    const QString root = dir.filePath("tree");
+    ASSERT_TRUE(writeFile(root + "/a/clean1.txt", "fine"));
+    ASSERT_TRUE(writeFile(root + "/a/b/eicar.com", eicar()));
+    ASSERT_TRUE(makeZip(root + "/c/pack.zip", { { "x/clam.exe", clamExe() }, { "ok.txt", "fine" } }));
+    for (int i = 0; i < 30; ++i)
+        ASSERT_TRUE(writeFile(root + QString("/d/f%1.txt").arg(i), QByteArray(1000 + i, 'x')));
+    // A directory symlink back up the tree would loop a naive walk.
+    ASSERT_TRUE(QFile::link(root, root + "/a/loop"));
+
+    CliRun one = vmkScan({ root });
+    EXPECT_EQ(one.exit, 1);
+    EXPECT_TRUE(one.lines.contains(root + "/a/b/eicar.com: Test:Vmk.Eicar-1 FOUND"));
+    EXPECT_TRUE(one.lines.contains(root + "/a/b/eicar.com: Test:Vmk.Eicar-2 FOUND"));
+    EXPECT_TRUE(one.lines.contains(root + "/c/pack.zip --> x/clam.exe: Test:Vmk.ClamExe-1 FOUND"));
+    EXPECT_TRUE(one.lines.contains(root + "/a/clean1.txt: OK"));
+    EXPECT_TRUE(one.lines.contains("Scanned files: 33"));
+    EXPECT_TRUE(one.lines.contains("Clean files: 31"));
+    EXPECT_TRUE(one.lines.contains("Infected files: 2"));
+    EXPECT_TRUE(one.lines.contains("Alerts: 3"));
+    EXPECT_TRUE(one.lines.contains("Not processed: 0"));
+    for (const QString& l : one.lines)
+        EXPECT_FALSE(l.contains("/loop/")) << l.toStdString();
+    // Depth-first: everything under a/ comes before c/ and d/.
+    EXPECT_LT(one.lines.indexOf(root + "/a/clean1.txt: OK"), one.lines.indexOf(root + "/d/f0.txt: OK"));
+
+    CliRun two = vmkScan({ "--jobs", "2", root });
+    EXPECT_EQ(two.exit, 1);
+    EXPECT_EQ(two.lines, one.lines) << "several threads report in the walk's order";
+
+    CliRun noArch = vmkScan({ "--no-archive", root + "/c/pack.zip" });
+    EXPECT_EQ(noArch.exit, 0);
+    EXPECT_TRUE(noArch.lines.contains(root + "/c/pack.zip: OK"));
+
+    CliRun errors = vmkScan({ root + "/missing.bin", root + "/a/clean1.txt" });
+    EXPECT_EQ(errors.exit, 2);
+    EXPECT_TRUE(errors.lines.contains(root + "/missing.bin: Error: 2"));
+
+    CliRun mixed = vmkScan({ root + "/missing.bin", root + "/a/b/eicar.com" });
+    EXPECT_EQ(mixed.exit, 1) << "a find outweighs errors";
+
+    // Another signature folder.
+    QTemporaryDir db;
+    ASSERT_TRUE(writeFile(db.filePath("only.ndb"), "Vmk.Test.Only-1:0:*:" + QByteArray("VMK-ONLY-IN-THIS-DB").toHex() + "\n"));
+    ASSERT_TRUE(writeFile(dir.filePath("marked.txt"), "..VMK-ONLY-IN-THIS-DB.."));
+    CliRun other = vmkScan({ "--db", db.path(), dir.filePath("marked.txt"), root + "/a/b/eicar.com" });
+    EXPECT_EQ(other.exit, 1);
+    EXPECT_TRUE(other.lines.contains(dir.filePath("marked.txt") + ": Test:Vmk.Only-1 FOUND"));
+    EXPECT_TRUE(other.lines.contains(root + "/a/b/eicar.com: OK"));
+    EXPECT_EQ(vmkScan({ "--db", dir.filePath("none"), root }).exit, 2);
+    EXPECT_EQ(vmkScan({ "--jobs", "0", root }).exit, 2);
+    EXPECT_EQ(vmkScan({}).exit, 2);
+}
+
+TEST(VmkEngine, PrintsValues52And55)
+{
+    QProcess p;
+    p.start(binDir() + "/vmk", { "engine" });
+    ASSERT_TRUE(p.waitForFinished(60000));
+    EXPECT_EQ(p.exitCode(), 0);
+    const QString text = QString::fromUtf8(p.readAllStandardOutput());
+    EXPECT_TRUE(text.contains("52: vormak 1 (")) << text.toStdString();
+    EXPECT_TRUE(text.contains("55: 11")) << text.toStdString();
+}
+
+TEST(AntivirLogical, DriveLetterPathsAndTheSettingsVariables)
+{
+    QTemporaryDir dev;
+    ASSERT_TRUE(writeFile(dev.filePath("Sub/Eicar.com"), eicar()));
+    DriveMap::instance().setTestDrives({ { 'E', dev.path() } }, 'E');
+    ASSERT_EQ(loadBuiltEngine(), 0);
+
+    // The path is resolved case-insensitively and alerts keep the logical text.
+    FileScanResult r = ScanOneFile("E:\\SUB\\EICAR.COM");
+    ASSERT_EQ(r.ReturnCode, 0);
+    ASSERT_EQ(r.AlertCount, 2);
+    EXPECT_EQ(r.Rows.at(0).Object, "E:\\SUB\\EICAR.COM");
+    EXPECT_NE(ScanOneFile("Q:\\nothing").ReturnCode, 0) << "an unknown letter is not processed";
+
+    // PushEngineOptions reads the settings variables.
+    ASSERT_TRUE(makeZip(dev.filePath("z.zip"), { { "clam.exe", clamExe() } }));
+    S().ArchiveScan = "0";
+    S().ArchiveMaxSize = "0";
+    S().ArchiveMaxRec = "0";
+    S().HeurLevel = "1";
+    PushEngineOptions();
+    EXPECT_EQ(ScanOneFile("E:\\z.zip").AlertCount, 0);
+    S().ArchiveScan = "1";
+    PushEngineOptions();
+    EXPECT_EQ(ScanOneFile("E:\\z.zip").AlertCount, 1);
+
+    engine::UnLoadEngine();
+    DriveMap::instance().resetToHost();
+}
