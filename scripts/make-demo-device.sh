@@ -26,7 +26,7 @@ fi
 src=$(cd build && pwd)/demo-update-source
 mkdir -p "$src"
 if [ -d build/bin/sigs ]; then cp -rf build/bin/sigs/. "$src/"; fi
-printf '# Where avupdate.exe looks for signatures: a folder, http:// or ftp://\r\nsource=%s\r\n' "$src" \
+printf '# Where avupdate.exe looks for signatures: a folder, http:// or ftp://\r\nsource=%s\r\nfiles=vormak.cud main.cvd daily.cvd bytecode.cvd\r\ntimeout=60\r\n' "$src" \
   > "$dev/avupdate.conf"
 
 # The folders the default settings name (they follow the language of the

@@ -12,11 +12,10 @@
 #include "foundation/StartUp.h"
 #include "platform/DriveMap.h"
 #include "platform/Shell.h"
-#if __has_include("scanner/Antivir.h")
 #include "scanner/Antivir.h"
-#define VMK_HAVE_ANTIVIR 1
-#endif
 #include "scanner/QuarantinePurge.h"
+
+#include <QFile>
 
 namespace vmk::panel
 {
@@ -111,9 +110,7 @@ QString ControlPanel::EngineCountText() const
 
 void ControlPanel::PushOptions() const
 {
-#ifdef VMK_HAVE_ANTIVIR
-    scanner::PushEngineOptions();
-#endif
+    PushEngineOptions();
 }
 
 void ControlPanel::ReadDrive(qint64* freeMB, qint64* totalMB) const
@@ -135,6 +132,8 @@ void ControlPanel::DevicePulled() const
 
 UpdateVerdict ControlPanel::RunUpdater() const
 {
+    // A log left by an earlier run must not be judged as this run's.
+    QFile::remove(DriveMap::instance().toNative(SignatureUpdate::LogPath(G().ProgramDrive)));
     RunAndWait(SignatureUpdate::UpdateCommandLine(G().ProgramFolder, G().ProgramDrive));
     return SignatureUpdate::JudgeLog(DriveMap::instance().toNative(SignatureUpdate::LogPath(G().ProgramDrive)));
 }
