@@ -4,6 +4,7 @@
 // not run from a mounted drive of its own.
 #include "components/engine/Engine.h"
 #include "foundation/Globals.h"
+#include "foundation/StartUp.h"
 #include "foundation/ui/MessageForms.h"
 #include "foundation/ui/Splash.h"
 #include "panel/ControlPanel.h"
@@ -103,6 +104,7 @@ int main(int argc, char** argv)
                 std::printf("panel shown after %.1f ms\n", msSinceProcessStart());
                 std::fflush(stdout);
                 vmk::engine::UnLoadEngine();
+                vmk::ReleaseAutorun();
                 QCoreApplication::exit(0);
             });
         }

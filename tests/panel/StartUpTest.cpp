@@ -12,7 +12,9 @@
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
+#include <QProcess>
 #include <QStandardPaths>
+#include <QTemporaryDir>
 #include <QThread>
 #include <QTimer>
 
@@ -158,4 +160,40 @@ TEST_F(StartUpTest, SplashRunsTheSequenceAndHandsOverToThePanel)
     splash.close();
     EXPECT_FALSE(splash.isVisible());
     EXPECT_TRUE(messages.texts.isEmpty()) << messages.texts.join(QLatin1Char('|')).toStdString();
+}
+
+TEST(ProgramStart, VormakExeReachesThePanelOnADeviceFolder)
+{
+    const QString bin = test::binDir();
+    QTemporaryDir device, data;
+    for (const char* f : { "Vormak.exe", "eject.exe" }) {
+        const QString name = QString::fromLatin1(f);
+        ASSERT_TRUE(QFile::copy(bin + QLatin1Char('/') + name, device.filePath(name)));
+        QFile::setPermissions(device.filePath(name), QFile::permissions(bin + QLatin1Char('/') + name));
+    }
+    QDir().mkpath(device.filePath(QStringLiteral("sigs")));
+    QFile::copy(bin + QStringLiteral("/sigs/vormak.cud"), device.filePath(QStringLiteral("sigs/vormak.cud")));
+    test::writeFile(device.filePath(QStringLiteral("AUTORUN.inf")), "[autorun]\r\n");
+    for (const char* d :
+        { "Mis Documentos/Cuarentena", "Mis Documentos/Respaldos", "Documentos Comprimidos", "Documentos Encriptados" })
+        QDir().mkpath(device.filePath(QString::fromLatin1(d)));
+    QProcess p;
+    QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
+    env.insert(QStringLiteral("QT_QPA_PLATFORM"), QStringLiteral("offscreen"));
+    env.insert(QStringLiteral("XDG_DATA_HOME"), data.path());
+    env.insert(QStringLiteral("XDG_CONFIG_HOME"), data.path());
+    env.insert(QStringLiteral("VMK_EXIT_WHEN_SHOWN"), QStringLiteral("1"));
+    env.remove(QString::fromLatin1(DriveMap::kInheritedVariable));
+    p.setProcessEnvironment(env);
+    p.setWorkingDirectory(device.path());
+    p.start(device.filePath(QStringLiteral("Vormak.exe")), { QStringLiteral("--device"), device.path() });
+    ASSERT_TRUE(p.waitForFinished(60000));
+    const QString out = QString::fromUtf8(p.readAllStandardOutput());
+    EXPECT_EQ(p.exitCode(), 0) << out.toStdString() << p.readAllStandardError().toStdString();
+    EXPECT_TRUE(out.contains(QStringLiteral("panel shown after"))) << out.toStdString();
+    // Settings written on the first start, eject.exe installed in the system folder,
+    // the autorun file writable again once the program is gone.
+    EXPECT_TRUE(QFileInfo::exists(device.filePath(QStringLiteral("VMK.cnf"))));
+    EXPECT_TRUE(QFileInfo(data.filePath(QStringLiteral("Vormak/system/eject.exe"))).isExecutable());
+    EXPECT_TRUE(QFile::permissions(device.filePath(QStringLiteral("AUTORUN.inf"))) & QFileDevice::WriteOwner);
 }
