@@ -18,7 +18,19 @@ QStringList SplitCommandLine(const QString& commandLine)
     QString current;
     bool inQuotes = false;
     bool hasToken = false;
-    for (qsizetype i = 0; i < commandLine.size(); ++i) {
+    qsizetype i = 0;
+    while (i < commandLine.size() && (commandLine[i] == u' ' || commandLine[i] == u'\t'))
+        ++i;
+    // A quoted program name ends at its closing quote, as CreateProcess reads it:
+    // in "\"X:\\eject.exe\"2|E:" the program is X:\eject.exe and "2|E:" its argument.
+    if (i < commandLine.size() && commandLine[i] == u'"') {
+        const qsizetype close = commandLine.indexOf(u'"', i + 1);
+        if (close > i) {
+            out << commandLine.mid(i + 1, close - i - 1);
+            i = close + 1;
+        }
+    }
+    for (; i < commandLine.size(); ++i) {
         const QChar c = commandLine[i];
         if (c == u'"') {
             if (inQuotes && i + 1 < commandLine.size() && commandLine[i + 1] == u'"') {

@@ -1,0 +1,159 @@
+#include "panel/ControlPanel.h"
+
+#include "panel/DeviceIntegration.h"
+#include "panel/PanelFigures.h"
+#include "panel/SignatureDate.h"
+
+#include "components/engine/Engine.h"
+#include "foundation/FileServices.h"
+#include "foundation/Globals.h"
+#include "foundation/Messages.h"
+#include "foundation/Settings.h"
+#include "foundation/StartUp.h"
+#include "platform/DriveMap.h"
+#include "platform/Shell.h"
+#include "scanner/Antivir.h"
+#include "scanner/QuarantinePurge.h"
+
+#include <QFile>
+
+namespace vmk::panel
+{
+namespace
+{
+QString engineText(int number)
+{
+    engine::EngineValue v;
+    engine::getvalue(number, &v);
+    if (!v.TextPtr || v.TextLen <= 0)
+        return QString();
+    QString text = QString::fromUtf8(v.TextPtr, v.TextLen);
+    text.remove(QChar(0));
+    return text;
+}
+} // namespace
+
+const char* const ControlPanel::kWebAddress = "https://vormak.example.org/";
+
+QString ControlPanel::ProgramFolderSlash() const
+{
+    QString f = G().ProgramFolder;
+    if (!f.endsWith(QLatin1Char('\\')))
+        f += QLatin1Char('\\');
+    return f;
+}
+
+void ControlPanel::OpenWebSite() const
+{
+    Shell::open(QString::fromLatin1(kWebAddress));
+}
+
+void ControlPanel::CheckFolders() const
+{
+    const struct {
+        const QString& setting;
+        const char* literal;
+    } folders[] = {
+        { S().QuarenteneFolder, "¡Carpeta de Cuarentena no existe!" },
+        { S().DesinfectedFolder, "¡Carpeta de Desinfección no existe!" },
+        { S().BackupsFolder, "¡Carpeta de Respaldos no existe!" },
+        { S().CompFileFolder, "¡Carpeta Comprimida no existe!" },
+        { S().EncriptFileFolder, "¡Carpeta Encriptada no existe!" },
+    };
+    for (const auto& f : folders) {
+        if (!FileExists(G().ProgramDrive + f.setting))
+            ShowMessage(QString::fromUtf8(f.literal) + QStringLiteral("\r\n")
+                + QStringLiteral("Por favor, revise su configuración!"));
+    }
+}
+
+int ControlPanel::PurgeQuarantine(const QDate& today) const
+{
+    if (S().DeleteFilesOpt != 1)
+        return 0;
+    return scanner::PurgeOldFiles(G().ProgramDrive + S().QuarenteneFolder, S().DeleteFilesAfter, today);
+}
+
+bool ControlPanel::SignatureIndexExists() const
+{
+    return FileExists(ProgramFolderSlash() + QStringLiteral("idx\\master.idx"));
+}
+
+QString ControlPanel::SignatureCaption() const
+{
+    if (!SignatureIndexExists())
+        return QStringLiteral("-----");
+    const QString caption = SignatureDate::ReadSignatureDate(
+        DriveMap::instance().toNative(ProgramFolderSlash() + QStringLiteral("idx\\master.idx")));
+    return caption.isEmpty() ? QStringLiteral("-----") : caption;
+}
+
+bool ControlPanel::AskForOldSignatures(const QString& caption, const QDate& today) const
+{
+    if (!SignatureDate::NeedsUpdateWarning(caption, today))
+        return false;
+    return ShowMessage(QStringLiteral("¡Las firmas no han sigo actualizadas en más de 5 días!") + QStringLiteral("\r\n")
+                   + QStringLiteral("¿Desea actualizar ahora?"),
+               1)
+        == 6;
+}
+
+QString ControlPanel::EngineVersionText() const
+{
+    return engineText(52);
+}
+
+QString ControlPanel::EngineCountText() const
+{
+    return PanelFigures::FormatCount(engineText(55));
+}
+
+void ControlPanel::PushOptions() const
+{
+    PushEngineOptions();
+}
+
+void ControlPanel::ReadDrive(qint64* freeMB, qint64* totalMB) const
+{
+    // An empty text (a drive that is gone) reads as 0.
+    *freeMB = DriveFreeMB(G().ProgramDrive).toLongLong();
+    *totalMB = DriveTotalMB(G().ProgramDrive).toLongLong();
+}
+
+bool ControlPanel::ProgramFileExists() const
+{
+    return FileExists(ProgramFolderSlash() + QStringLiteral("Vormak.exe"));
+}
+
+void ControlPanel::DevicePulled() const
+{
+    DeviceIntegration::RemoveShellKeys();
+}
+
+UpdateVerdict ControlPanel::RunUpdater() const
+{
+    // A log left by an earlier run must not be judged as this run's.
+    QFile::remove(DriveMap::instance().toNative(SignatureUpdate::LogPath(G().ProgramDrive)));
+    RunAndWait(SignatureUpdate::UpdateCommandLine(G().ProgramFolder, G().ProgramDrive));
+    return SignatureUpdate::JudgeLog(DriveMap::instance().toNative(SignatureUpdate::LogPath(G().ProgramDrive)));
+}
+
+void ControlPanel::RestartEngine() const
+{
+    engine::UnLoadEngine();
+    engine::LoadEngine();
+}
+
+void ControlPanel::ShutDownServices() const
+{
+    if (engine::UnLoadEngine() != 0)
+        ShowMessage(QStringLiteral("¡Error al finalizar servicio!"));
+    DeviceIntegration::RestoreAutorun(G().ProgramDrive);
+}
+
+bool ControlPanel::StartEjectHelper() const
+{
+    return DeviceIntegration::StartEjectHelper(G().SystemFolder, G().LanguageIndex, G().ProgramDrive);
+}
+
+} // namespace vmk::panel

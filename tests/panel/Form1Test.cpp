@@ -1,0 +1,256 @@
+#include "DeviceFixture.h"
+
+#include "components/engine/Engine.h"
+#include "foundation/FileServices.h"
+#include "foundation/Globals.h"
+#include "foundation/Settings.h"
+#include "foundation/StartUp.h"
+#include "panel/ControlPanel.h"
+#include "panel/DeviceIntegration.h"
+#include "panel/PanelFigures.h"
+#include "panel/SignatureDate.h"
+#include "panel/ui/Form1.h"
+#include "platform/Registry.h"
+#include "platform/Shell.h"
+#include "scanner/QuarantinePurge.h"
+
+#include "TestSupport.h"
+
+#include <QApplication>
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+#include <QLabel>
+#include <QMouseEvent>
+#include <QProcess>
+#include <QThread>
+#include <QTimer>
+
+#include <memory>
+
+#include <sys/mount.h>
+
+using namespace vmk;
+using namespace vmk::panel;
+
+class Form1Test : public test::DeviceFixture
+{
+protected:
+    void SetUp() override
+    {
+        // A small tmpfs for the device keeps its free space still between two
+        // ticks (the machine's disk is shared with other builds); where mounting
+        // is refused the temporary folder serves.
+        m_mounted = ::mount("tmpfs", m_device.path().toUtf8().constData(), "tmpfs", 0, "size=64m") == 0;
+        DeviceFixture::SetUp();
+        for (const QString& key : DeviceIntegration::ShellKeys())
+            Registry::createKey(key);
+        m_marker = m_host.filePath(QStringLiteral("eject-started.txt"));
+        putScript(QStringLiteral("C:\\system\\eject.exe"), "printf '%s' \"$*\" > '" + m_marker.toUtf8() + "'");
+        put(QStringLiteral("E:\\AUTORUN.inf"), "[autorun]\r\nopen=evil.exe\r\n");
+        put(QStringLiteral("E:\\VMK\\AUTORUN.bck"), "[autorun]\r\nopen=VMK\\Vormak.exe\r\n");
+        GuardAutorun();
+        G().EngineLoaded = true;
+        Form1::Hooks hooks;
+        hooks.removeTrayIcon = [this] { ++m_trayRemoved; };
+        hooks.endProgram = [this](int code) { m_endCodes << code; };
+        m_form = std::make_unique<Form1>(m_panel, hooks);
+    }
+    void TearDown() override
+    {
+        m_form.reset();
+        ReleaseAutorun();
+        DeviceFixture::TearDown();
+        if (m_mounted)
+            ::umount2(m_device.path().toUtf8().constData(), MNT_DETACH);
+    }
+    // Waits for the eject helper's marker (it is started without waiting).
+    QString waitForMarker()
+    {
+        for (int i = 0; i < 150 && !QFileInfo::exists(m_marker); ++i)
+            QThread::msleep(20);
+        QThread::msleep(30);
+        return QString::fromUtf8(test::readFile(m_marker));
+    }
+
+    bool m_mounted = false;
+    ControlPanel m_panel;
+    std::unique_ptr<Form1> m_form;
+    QString m_marker;
+    int m_trayRemoved = 0;
+    QList<int> m_endCodes;
+};
+
+TEST_F(Form1Test, LoadShowsFiguresAndRedrawsOnlyOnChange)
+{
+    put(m_programFolder + QStringLiteral("\\idx\\master.idx"), indexLine(QDate::currentDate().addDays(-2)));
+    test::MessageRecorder messages;
+    m_form->show();
+    m_form->Form_Load();
+    EXPECT_TRUE(messages.texts.isEmpty()) << messages.texts.join(QLatin1Char('|')).toStdString();
+    const qint64 freeMB = DriveFreeMB(QStringLiteral("E:")).toLongLong();
+    const qint64 totalMB = DriveTotalMB(QStringLiteral("E:")).toLongLong();
+    ASSERT_GT(totalMB, 0);
+    EXPECT_EQ(m_form->label("Lbl_Lib")->text(), PanelFigures::FormatMegabytes(freeMB));
+    EXPECT_EQ(m_form->label("LblUsed")->text(), PanelFigures::FormatMegabytes(totalMB - freeMB));
+    EXPECT_EQ(m_form->label("Lbl_Tot")->text(), PanelFigures::FormatMegabytes(totalMB));
+    EXPECT_EQ(m_form->label("Label18")->text(), QStringLiteral("E:"));
+    EXPECT_EQ(m_form->label("Label8")->text(), SignatureDate::CaptionFromDate(QDate::currentDate().addDays(-2)));
+    EXPECT_EQ(m_form->RedrawCount(), 1);
+    EXPECT_TRUE(m_form->Timer1()->isActive());
+    EXPECT_EQ(m_form->Timer1()->interval(), 3000);
+    if (m_mounted) {
+        m_form->Timer1_Timer();
+        m_form->Timer1_Timer();
+        EXPECT_EQ(m_form->RedrawCount(), 1); // nothing changed, nothing redrawn
+        put(QStringLiteral("E:\\big.bin"), QByteArray(3 * 1024 * 1024, 'x'));
+        m_form->Timer1_Timer();
+        EXPECT_EQ(m_form->RedrawCount(), 2);
+        EXPECT_EQ(m_form->label("Lbl_Lib")->text(),
+            PanelFigures::FormatMegabytes(DriveFreeMB(QStringLiteral("E:")).toLongLong()));
+    }
+    EXPECT_TRUE(m_endCodes.isEmpty());
+}
+
+TEST_F(Form1Test, LoadTellsMissingFoldersPurgesAndAsksForOldSignatures)
+{
+    QDir(native(QStringLiteral("E:") + S().BackupsFolder)).removeRecursively();
+    QDir(native(QStringLiteral("E:") + S().EncriptFileFolder)).removeRecursively();
+    S().DeleteFilesOpt = 1;
+    S().DeleteFilesAfter = 0;
+    const QString old = put(QStringLiteral("E:") + S().QuarenteneFolder + QStringLiteral("old.exe"), "x");
+    scanner::SetCreationTimeHook([](const QString&) { return QDateTime::currentDateTimeUtc().addDays(-3); });
+    put(m_programFolder + QStringLiteral("\\idx\\master.idx"), indexLine(QDate::currentDate().addDays(-6)));
+    test::MessageRecorder messages;
+    messages.script({ 0, 0, 6 });
+    m_form->Form_Load();
+    ASSERT_EQ(messages.texts.size(), 3);
+    EXPECT_EQ(
+        messages.texts[0], QStringLiteral("¡Carpeta de Respaldos no existe!\r\nPor favor, revise su configuración!"));
+    EXPECT_EQ(
+        messages.texts[1], QStringLiteral("¡Carpeta Encriptada no existe!\r\nPor favor, revise su configuración!"));
+    EXPECT_EQ(messages.texts[2],
+        QStringLiteral("¡Las firmas no han sigo actualizadas en más de 5 días!\r\n¿Desea actualizar ahora?"));
+    EXPECT_EQ(messages.kinds[2], 1);
+    EXPECT_FALSE(QFileInfo::exists(old));
+    EXPECT_FALSE(QFileInfo::exists(native(QStringLiteral("E:") + S().BackupsFolder))); // nothing is created
+    // The yes starts the update half a second later.
+    EXPECT_TRUE(m_form->TimerUpdate()->isActive());
+    EXPECT_EQ(m_form->TimerUpdate()->interval(), 500);
+
+    // Five days old: no question; no index: "-----" and no question.
+    Form1 second(m_panel, {});
+    put(m_programFolder + QStringLiteral("\\idx\\master.idx"), indexLine(QDate::currentDate().addDays(-5)));
+    test::MessageRecorder quiet;
+    second.Form_Load();
+    QFile::remove(native(m_programFolder + QStringLiteral("\\idx\\master.idx")));
+    Form1 third(m_panel, {});
+    third.Form_Load();
+    EXPECT_EQ(third.label("Label8")->text(), QStringLiteral("-----"));
+    EXPECT_EQ(quiet.texts.size(), 4) << quiet.texts.join(QLatin1Char('|')).toStdString(); // the two folders, twice
+    EXPECT_FALSE(second.TimerUpdate()->isActive());
+    EXPECT_FALSE(third.TimerUpdate()->isActive());
+}
+
+TEST_F(Form1Test, DevicePulledRemovesKeysAndTrayAndEndsWithoutRestore)
+{
+    test::MessageRecorder messages;
+    m_form->Form_Load();
+    QFile::remove(native(m_programFolder + QStringLiteral("\\Vormak.exe")));
+    m_form->Timer1_Timer();
+    EXPECT_EQ(m_endCodes, QList<int>({ 0 }));
+    EXPECT_EQ(m_trayRemoved, 1);
+    for (const QString& key : DeviceIntegration::ShellKeys())
+        EXPECT_FALSE(Registry::keyExists(key));
+    EXPECT_TRUE(AutorunGuarded()); // no restore, nothing released
+    EXPECT_EQ(test::readFile(native(QStringLiteral("E:\\AUTORUN.inf"))), QByteArray("[autorun]\r\nopen=evil.exe\r\n"));
+    EXPECT_TRUE(G().EngineLoaded);
+    EXPECT_FALSE(m_form->Timer1()->isActive());
+    EXPECT_FALSE(QFileInfo::exists(m_marker));
+    EXPECT_TRUE(messages.texts.isEmpty());
+}
+
+TEST_F(Form1Test, AskedQuitDeclinedThenAccepted)
+{
+    m_form->show();
+    m_form->Form_Load();
+    test::MessageRecorder messages;
+    messages.script({ 7 });
+    m_form->close();
+    ASSERT_EQ(messages.texts.size(), 1);
+    EXPECT_EQ(messages.texts[0], QStringLiteral("¿Realmente desea salir de Vormak?"));
+    EXPECT_FALSE(m_form->Unloaded());
+    EXPECT_TRUE(m_form->isVisible());
+    EXPECT_TRUE(m_form->Timer1()->isActive());
+    EXPECT_TRUE(AutorunGuarded());
+    EXPECT_EQ(m_trayRemoved, 0);
+
+    messages.script({ 6 });
+    m_form->close();
+    EXPECT_TRUE(m_form->Unloaded());
+    EXPECT_FALSE(m_form->isVisible());
+    EXPECT_EQ(m_endCodes, QList<int>({ 0 }));
+    EXPECT_EQ(m_trayRemoved, 1);
+    EXPECT_FALSE(AutorunGuarded());
+    EXPECT_EQ(
+        test::readFile(native(QStringLiteral("E:\\AUTORUN.inf"))), QByteArray("[autorun]\r\nopen=VMK\\Vormak.exe\r\n"));
+    // The shell keys stay on a normal quit, and no helper runs.
+    EXPECT_TRUE(Registry::keyExists(DeviceIntegration::ShellKeys().last()));
+    QThread::msleep(200);
+    EXPECT_FALSE(QFileInfo::exists(m_marker));
+}
+
+TEST_F(Form1Test, EjectQuitAsksNothingRestoresAndStartsTheHelper)
+{
+    m_form->show();
+    m_form->Form_Load();
+    test::MessageRecorder messages;
+    G().LanguageIndex = 4;
+    m_form->Image20_Click();
+    EXPECT_TRUE(m_form->Unloaded());
+    EXPECT_TRUE(G().QuitWithEject);
+    EXPECT_EQ(m_endCodes, QList<int>({ 0 }));
+    EXPECT_EQ(m_trayRemoved, 1);
+    EXPECT_EQ(
+        test::readFile(native(QStringLiteral("E:\\AUTORUN.inf"))), QByteArray("[autorun]\r\nopen=VMK\\Vormak.exe\r\n"));
+    EXPECT_EQ(waitForMarker(), QStringLiteral("4|E:"));
+    EXPECT_EQ(QDir::currentPath(), QDir(native(G().SystemFolder)).canonicalPath());
+    for (const QString& t : messages.texts)
+        EXPECT_NE(t, QStringLiteral("¿Realmente desea salir de Vormak?"));
+}
+
+TEST_F(Form1Test, ButtonsLightOnHoverAndTheWebAddressOpens)
+{
+    m_form->show();
+    QLabel* zone = m_form->findChild<QLabel*>(QStringLiteral("Image4"));
+    QLabel* lit = m_form->findChild<QLabel*>(QStringLiteral("Image15"));
+    QLabel* background = m_form->findChild<QLabel*>(QStringLiteral("Image21"));
+    ASSERT_TRUE(zone && lit && background);
+    EXPECT_FALSE(lit->isVisible());
+    QMouseEvent move(QEvent::MouseMove, QPointF(10, 10), zone->mapToGlobal(QPointF(10, 10)), Qt::NoButton, Qt::NoButton,
+        Qt::NoModifier);
+    QApplication::sendEvent(zone, &move);
+    EXPECT_TRUE(lit->isVisible());
+    QMouseEvent away(QEvent::MouseMove, QPointF(5, 5), background->mapToGlobal(QPointF(5, 5)), Qt::NoButton,
+        Qt::NoButton, Qt::NoModifier);
+    QApplication::sendEvent(background, &away);
+    EXPECT_FALSE(lit->isVisible());
+    // Every control the panel names is there.
+    for (const char* name :
+        { "Lab_USB", "Label18", "Lbl_Tit_Lib", "Lbl_Lib", "Label12", "LblUsed", "Lbl_Tit_Tot", "Lbl_Tot", "Label5",
+            "Label8", "Label6", "Label9", "Label7", "Label10", "LabelEspecial", "Image2", "Image3", "Image4", "Image5",
+            "Image6", "Image7", "Image8", "Image9", "Image10", "Image11", "Image12", "Image13", "Image14", "Image15",
+            "Image16", "Image17", "Image18", "Image20", "Image21", "Image23", "Lbl_but1", "Lbl_but2", "Lbl_but3",
+            "Lbl_but4", "Lbl_but5", "Lbl_but6", "Lbl_but7", "Label1", "Label2", "Label11", "Label13", "Label4" })
+        EXPECT_NE(m_form->findChild<QWidget*>(QLatin1String(name)), nullptr) << name;
+    EXPECT_NE(m_form->findChild<QWidget*>(QStringLiteral("Pie")), nullptr);
+
+    QStringList opened;
+    Shell::Opener previous = Shell::setOpener([&](const QString& target) {
+        opened << target;
+        return true;
+    });
+    m_form->Image17_Click();
+    Shell::setOpener(previous);
+    EXPECT_EQ(opened, QStringList({ QString::fromLatin1(ControlPanel::kWebAddress) }));
+}

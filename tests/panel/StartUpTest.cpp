@@ -1,0 +1,199 @@
+#include "DeviceFixture.h"
+
+#include "foundation/Globals.h"
+#include "foundation/Settings.h"
+#include "foundation/StartUp.h"
+#include "foundation/ui/Splash.h"
+#include "platform/DriveMap.h"
+
+#include "TestSupport.h"
+
+#include <QCoreApplication>
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+#include <QProcess>
+#include <QStandardPaths>
+#include <QTemporaryDir>
+#include <QThread>
+#include <QTimer>
+
+using namespace vmk;
+
+class StartUpTest : public test::DeviceFixture
+{
+protected:
+    void SetUp() override
+    {
+        DeviceFixture::SetUp();
+        // The per-user system folder lives under the XDG data home: a temporary one here.
+        m_dataHome = m_host.filePath(QStringLiteral("data"));
+        qputenv("XDG_DATA_HOME", m_dataHome.toUtf8());
+        G().SystemFolder.clear();
+    }
+    void TearDown() override
+    {
+        ReleaseAutorun();
+        qunsetenv("XDG_DATA_HOME");
+        DeviceFixture::TearDown();
+    }
+    QString m_dataHome;
+};
+
+TEST_F(StartUpTest, LanguageFromLanguageCnf)
+{
+    SettleLanguage();
+    EXPECT_EQ(G().LanguageIndex, 0); // no file: Spanish
+    const QString cnf = m_programFolder + QStringLiteral("\\Language.cnf");
+    put(cnf, "[English]\r\nignored\r\n");
+    SettleLanguage();
+    EXPECT_EQ(G().LanguageIndex, 1);
+    put(cnf, "[Chinesse]\r\n");
+    SettleLanguage();
+    EXPECT_EQ(G().LanguageIndex, 6);
+    // The ordinary spelling is not one of the seven names.
+    G().LanguageIndex = 0;
+    put(cnf, "[Deutsch]\r\n");
+    SettleLanguage();
+    EXPECT_EQ(G().LanguageIndex, 0);
+    put(cnf, "[Duetsch]\r\n");
+    SettleLanguage();
+    EXPECT_EQ(G().LanguageIndex, 2);
+}
+
+TEST_F(StartUpTest, ComponentsAreCopiedOnceAndEjectEveryTime)
+{
+    put(m_programFolder + QStringLiteral("\\xceedzip.dll"), "zip component");
+    put(m_programFolder + QStringLiteral("\\MSCOMCT2.OCX"), "controls");
+    putScript(m_programFolder + QStringLiteral("\\eject.exe"), "exit 0");
+    SetUpComponents();
+    ASSERT_FALSE(G().SystemFolder.isEmpty());
+    EXPECT_FALSE(G().SystemFolder.endsWith(QLatin1Char('\\')));
+    const QString sys = native(G().SystemFolder);
+    EXPECT_TRUE(sys.startsWith(m_dataHome)) << sys.toStdString();
+    EXPECT_EQ(test::readFile(sys + QStringLiteral("/xceedzip.dll")), QByteArray("zip component"));
+    EXPECT_TRUE(ComponentRegistered(QStringLiteral("xceedzip.dll")));
+    EXPECT_TRUE(ComponentRegistered(QStringLiteral("MSCOMCT2.OCX")));
+    EXPECT_FALSE(ComponentRegistered(QStringLiteral("xceedcry.dll"))); // absent from the device
+    EXPECT_FALSE(QFileInfo::exists(sys + QStringLiteral("/xceedcry.dll")));
+    EXPECT_TRUE(QFileInfo(sys + QStringLiteral("/eject.exe")).isExecutable());
+
+    // Second start: a component that is there is left alone, eject.exe is refreshed.
+    put(m_programFolder + QStringLiteral("\\xceedzip.dll"), "newer zip component");
+    putScript(m_programFolder + QStringLiteral("\\eject.exe"), "exit 3");
+    SetUpComponents();
+    EXPECT_EQ(test::readFile(sys + QStringLiteral("/xceedzip.dll")), QByteArray("zip component"));
+    EXPECT_TRUE(test::readFile(sys + QStringLiteral("/eject.exe")).contains("exit 3"));
+    EXPECT_TRUE(QFileInfo(sys + QStringLiteral("/eject.exe")).isExecutable());
+}
+
+TEST_F(StartUpTest, DriveAutorunGuardAndEngineMessage)
+{
+    G().ProgramDrive.clear();
+    SettleProgramDrive();
+    EXPECT_EQ(G().ProgramDrive, QStringLiteral("E:"));
+
+    EXPECT_FALSE(GuardAutorun()); // nothing to guard
+    const QString autorun = put(QStringLiteral("E:\\AUTORUN.inf"), "[autorun]\r\n");
+    ASSERT_TRUE(GuardAutorun());
+    QFile writer(autorun);
+    if (::getuid() != 0) { // root writes whatever the permissions say
+        EXPECT_FALSE(writer.open(QIODevice::WriteOnly | QIODevice::Append));
+    }
+    EXPECT_FALSE(QFile::permissions(autorun) & QFileDevice::WriteOwner);
+    ReleaseAutorun();
+    EXPECT_TRUE(QFile::permissions(autorun) & QFileDevice::WriteOwner);
+
+    test::MessageRecorder messages;
+    G().LanguageIndex = 1;
+    StartEngine([] { return 0; });
+    EXPECT_TRUE(G().EngineLoaded);
+    EXPECT_EQ(QDir::currentPath(), QDir(native(m_programFolder)).canonicalPath());
+    StartEngine([] { return 7; });
+    EXPECT_FALSE(G().EngineLoaded);
+    // The message stays Spanish whatever the language.
+    ASSERT_EQ(messages.texts.size(), 1);
+    EXPECT_EQ(messages.texts[0], QStringLiteral("Error iniciando servicio! (7)"));
+}
+
+TEST_F(StartUpTest, SplashRunsTheSequenceAndHandsOverToThePanel)
+{
+    put(m_programFolder + QStringLiteral("\\Language.cnf"), "[English]\r\n");
+    put(QStringLiteral("E:\\AUTORUN.inf"), "[autorun]\r\n");
+    test::MessageRecorder messages;
+    bool panelShown = false;
+    int loads = 0;
+    Splash::Hooks hooks;
+    hooks.loadEngine = [&] {
+        ++loads;
+        return 0;
+    };
+    hooks.showPanel = [&] { panelShown = true; };
+    Splash splash(QPixmap(), QIcon(), hooks);
+    splash.show();
+    splash.Form_Load();
+    EXPECT_EQ(G().LanguageIndex, 1);
+    EXPECT_EQ(G().ProgramDrive, QStringLiteral("E:"));
+    EXPECT_TRUE(AutorunGuarded());
+    EXPECT_TRUE(splash.TimerLoader()->isActive());
+    EXPECT_FALSE(panelShown);
+    for (int i = 0; i < 100 && !panelShown; ++i) {
+        QCoreApplication::processEvents(QEventLoop::AllEvents, 20);
+        QThread::msleep(10);
+    }
+    ASSERT_TRUE(panelShown);
+    EXPECT_FALSE(splash.TimerLoader()->isActive());
+    EXPECT_EQ(loads, 1);
+    EXPECT_TRUE(G().EngineLoaded);
+    EXPECT_FALSE(splash.isVisible());
+    // VMK.cnf was missing: the defaults were written and read.
+    EXPECT_TRUE(QFileInfo::exists(native(m_programFolder + QStringLiteral("\\VMK.cnf"))));
+    EXPECT_FALSE(S().QuarenteneFolder.isEmpty());
+    ASSERT_EQ(splash.Captions().size(), 3);
+    EXPECT_EQ(splash.Captions()[0], QStringLiteral("Registering components"));
+    EXPECT_EQ(splash.Captions()[1], QStringLiteral("Reading configuration"));
+    // No tray offscreen: the program starts without one.
+    EXPECT_FALSE(splash.HasTray());
+    EXPECT_EQ(splash.TrayIcon(), nullptr);
+    // Closing the splash only hides it.
+    splash.show();
+    splash.close();
+    EXPECT_FALSE(splash.isVisible());
+    EXPECT_TRUE(messages.texts.isEmpty()) << messages.texts.join(QLatin1Char('|')).toStdString();
+}
+
+TEST(ProgramStart, VormakExeReachesThePanelOnADeviceFolder)
+{
+    const QString bin = test::binDir();
+    QTemporaryDir device, data;
+    for (const char* f : { "Vormak.exe", "eject.exe" }) {
+        const QString name = QString::fromLatin1(f);
+        ASSERT_TRUE(QFile::copy(bin + QLatin1Char('/') + name, device.filePath(name)));
+        QFile::setPermissions(device.filePath(name), QFile::permissions(bin + QLatin1Char('/') + name));
+    }
+    QDir().mkpath(device.filePath(QStringLiteral("sigs")));
+    QFile::copy(bin + QStringLiteral("/sigs/vormak.cud"), device.filePath(QStringLiteral("sigs/vormak.cud")));
+    test::writeFile(device.filePath(QStringLiteral("AUTORUN.inf")), "[autorun]\r\n");
+    for (const char* d :
+        { "Mis Documentos/Cuarentena", "Mis Documentos/Respaldos", "Documentos Comprimidos", "Documentos Encriptados" })
+        QDir().mkpath(device.filePath(QString::fromLatin1(d)));
+    QProcess p;
+    QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
+    env.insert(QStringLiteral("QT_QPA_PLATFORM"), QStringLiteral("offscreen"));
+    env.insert(QStringLiteral("XDG_DATA_HOME"), data.path());
+    env.insert(QStringLiteral("XDG_CONFIG_HOME"), data.path());
+    env.insert(QStringLiteral("VMK_EXIT_WHEN_SHOWN"), QStringLiteral("1"));
+    env.remove(QString::fromLatin1(DriveMap::kInheritedVariable));
+    p.setProcessEnvironment(env);
+    p.setWorkingDirectory(device.path());
+    p.start(device.filePath(QStringLiteral("Vormak.exe")), { QStringLiteral("--device"), device.path() });
+    ASSERT_TRUE(p.waitForFinished(60000));
+    const QString out = QString::fromUtf8(p.readAllStandardOutput());
+    EXPECT_EQ(p.exitCode(), 0) << out.toStdString() << p.readAllStandardError().toStdString();
+    EXPECT_TRUE(out.contains(QStringLiteral("panel shown after"))) << out.toStdString();
+    // Settings written on the first start, eject.exe installed in the system folder,
+    // the autorun file writable again once the program is gone.
+    EXPECT_TRUE(QFileInfo::exists(device.filePath(QStringLiteral("VMK.cnf"))));
+    EXPECT_TRUE(QFileInfo(data.filePath(QStringLiteral("Vormak/system/eject.exe"))).isExecutable());
+    EXPECT_TRUE(QFile::permissions(device.filePath(QStringLiteral("AUTORUN.inf"))) & QFileDevice::WriteOwner);
+}
