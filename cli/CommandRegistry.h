@@ -9,11 +9,12 @@
 // The commands of vmk. Each Cmd*.cpp file registers its commands with a static
 // Registrar, so a new command needs no edit elsewhere.
 struct CliCommand {
-    QString usage;                                    // one line for the help text
-    std::function<int(const QStringList& args)> run;  // args after the command name; returns the exit code
+    QString usage; // one line for the help text
+    std::function<int(const QStringList& args)> run; // args after the command name; returns the exit code
 };
 
-class CommandRegistry {
+class CommandRegistry
+{
 public:
     static std::map<QString, CliCommand>& commands();
 

@@ -10,10 +10,10 @@ std::map<QString, CliCommand>& CommandRegistry::commands()
     return table;
 }
 
-CommandRegistry::Registrar::Registrar(const QString& name, const QString& usage,
-                                      std::function<int(const QStringList&)> run)
+CommandRegistry::Registrar::Registrar(
+    const QString& name, const QString& usage, std::function<int(const QStringList&)> run)
 {
-    commands()[name] = CliCommand{usage, std::move(run)};
+    commands()[name] = CliCommand { usage, std::move(run) };
 }
 
 static int printUsage(FILE* out)

@@ -38,7 +38,7 @@ int main(int argc, char** argv)
     const int redrawRounds = 200;
     t.restart();
     for (int i = 0; i < redrawRounds; ++i) {
-        form.label("Lbl_Lib")->setText(QString());  // forces the stale path
+        form.label("Lbl_Lib")->setText(QString()); // forces the stale path
         form.Timer1_Timer();
     }
     const double redraw = double(t.nsecsElapsed()) / redrawRounds / 1000.0;

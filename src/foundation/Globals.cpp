@@ -1,6 +1,7 @@
 #include "foundation/Globals.h"
 
-namespace vmk {
+namespace vmk
+{
 
 Globals& G()
 {
@@ -8,4 +9,4 @@ Globals& G()
     return g;
 }
 
-}  // namespace vmk
+} // namespace vmk

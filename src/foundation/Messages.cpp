@@ -6,8 +6,10 @@
 #include <cstdio>
 #include <utility>
 
-namespace vmk {
-namespace {
+namespace vmk
+{
+namespace
+{
 // Without screens (the command-line tool) a notice goes to standard error and a
 // question is answered "no", the answer that changes nothing.
 int answerOnConsole(const QString& text, int kind)
@@ -21,7 +23,7 @@ MessageAnswerer& answererSlot()
     static MessageAnswerer answerer = answerOnConsole;
     return answerer;
 }
-}  // namespace
+} // namespace
 
 int ShowMessage(QString& text, int kind)
 {
@@ -49,4 +51,4 @@ MessageAnswerer SetMessageAnswerer(MessageAnswerer answerer)
     return previous;
 }
 
-}  // namespace vmk
+} // namespace vmk

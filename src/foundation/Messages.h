@@ -4,7 +4,8 @@
 
 #include <functional>
 
-namespace vmk {
+namespace vmk
+{
 
 // Every question and notice of the program goes through ShowMessage. The screens
 // install an answerer that shows the program's own message forms; tests install
@@ -18,4 +19,4 @@ int ShowMessage(const QString& text, int kind = 0);
 // Installs an answerer and returns the previous one.
 MessageAnswerer SetMessageAnswerer(MessageAnswerer answerer);
 
-}  // namespace vmk
+} // namespace vmk

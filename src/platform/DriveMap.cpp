@@ -280,6 +280,11 @@ bool DriveMap::hasDriveLetter(const QString& path)
         && (path.size() == 2 || path[2] == u'\\' || path[2] == u'/');
 }
 
+QString DriveMap::nativeOfArgument(const QString& pathOrNative) const
+{
+    return hasDriveLetter(pathOrNative) ? toNative(pathOrNative) : pathOrNative;
+}
+
 QString DriveMap::toNative(const QString& logical) const
 {
     QString base;

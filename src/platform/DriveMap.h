@@ -50,6 +50,9 @@ public:
     // own filesystem would; unresolved components are kept as written so that a
     // new file can be created. An unknown letter gives "".
     QString toNative(const QString& logical) const;
+    // A path given on a command line: one with a drive letter goes through the map,
+    // a host path passes unchanged (helper programs and vmk accept both).
+    QString nativeOfArgument(const QString& pathOrNative) const;
     // Native path to "E:\Dir\file.txt" by the drive with the longest root; folders
     // get no trailing "\" except drive roots ("E:\").
     QString toLogical(const QString& native) const;

@@ -6,8 +6,10 @@ using vmk::cipher::ValueSeal;
 
 TEST(ValueSeal, RoundTripIsDeterministicAndDetectsDamage)
 {
-    for (const QByteArray& clear : {QByteArray(), QByteArray("a"), QByteArray("\\Mis Documentos\\Cuarentena\\"),
-                                    QByteArray("\xc3\xb1" "and\xc3\xba=\xc3\xa1"), QByteArray(300, 'x')}) {
+    for (const QByteArray& clear : { QByteArray(), QByteArray("a"), QByteArray("\\Mis Documentos\\Cuarentena\\"),
+             QByteArray("\xc3\xb1"
+                        "and\xc3\xba=\xc3\xa1"),
+             QByteArray(300, 'x') }) {
         auto sealed = ValueSeal::seal(clear);
         ASSERT_TRUE(sealed);
         EXPECT_EQ(sealed->size(), clear.size() + 16);

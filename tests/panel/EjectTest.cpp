@@ -75,7 +75,9 @@ TEST(Ejector, FolderDeviceIsFlushedAndMountedDeviceIsUnmountedOnceReleased)
     EXPECT_FALSE(Ejector::FindMount(mountPoint.path(), &foundMount, &source) && foundMount == mountPoint.path());
 }
 
-class EjectProgramTest : public test::DeviceFixture {};
+class EjectProgramTest : public test::DeviceFixture
+{
+};
 
 TEST_F(EjectProgramTest, HelperReportsInTheGivenLanguage)
 {

@@ -81,7 +81,8 @@ TEST(VmkScan, WalksDepthFirstSkipsJunctionsAndKeepsOrderWithJobs)
 
     // Another signature folder.
     QTemporaryDir db;
-    ASSERT_TRUE(writeFile(db.filePath("only.ndb"), "Vmk.Test.Only-1:0:*:" + QByteArray("VMK-ONLY-IN-THIS-DB").toHex() + "\n"));
+    ASSERT_TRUE(
+        writeFile(db.filePath("only.ndb"), "Vmk.Test.Only-1:0:*:" + QByteArray("VMK-ONLY-IN-THIS-DB").toHex() + "\n"));
     ASSERT_TRUE(writeFile(dir.filePath("marked.txt"), "..VMK-ONLY-IN-THIS-DB.."));
     CliRun other = vmkScan({ "--db", db.path(), dir.filePath("marked.txt"), root + "/a/b/eicar.com" });
     EXPECT_EQ(other.exit, 1);

@@ -4,7 +4,8 @@
 #include <QFile>
 #include <QFileInfo>
 
-namespace vmk::test {
+namespace vmk::test
+{
 
 MessageRecorder::MessageRecorder(int fallback)
     : m_fallback(fallback)
@@ -57,4 +58,4 @@ QByteArray readFile(const QString& path)
     return f.readAll();
 }
 
-}  // namespace vmk::test
+} // namespace vmk::test

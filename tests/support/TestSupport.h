@@ -7,11 +7,13 @@
 
 #include <deque>
 
-namespace vmk::test {
+namespace vmk::test
+{
 
 // Answers ShowMessage for the length of a test: records every text and kind and
 // returns scripted answers (6 yes, 7 no) in order, then `fallback`.
-class MessageRecorder {
+class MessageRecorder
+{
 public:
     explicit MessageRecorder(int fallback = 7);
     ~MessageRecorder();
@@ -36,4 +38,4 @@ QString testDataDir();
 bool writeFile(const QString& path, const QByteArray& bytes);
 QByteArray readFile(const QString& path);
 
-}  // namespace vmk::test
+} // namespace vmk::test

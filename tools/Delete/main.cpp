@@ -23,7 +23,7 @@ int main(int argc, char** argv)
         std::fprintf(stderr, "usage: Delete.exe \"path\"\n");
         return 2;
     }
-    const QString native = vmk::DriveMap::hasDriveLetter(given) ? vmk::DriveMap::instance().toNative(given) : given;
+    const QString native = vmk::DriveMap::instance().nativeOfArgument(given);
     if (native.isEmpty()) {
         std::fprintf(stderr, "Delete.exe: no such drive: %s\n", given.toUtf8().constData());
         return 2;

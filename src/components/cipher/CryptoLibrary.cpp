@@ -4,7 +4,8 @@
 
 #include <mutex>
 
-namespace vmk::cipher {
+namespace vmk::cipher
+{
 
 bool EnsureCryptoLibrary()
 {
@@ -21,4 +22,4 @@ bool EnsureCryptoLibrary()
     return ok;
 }
 
-}  // namespace vmk::cipher
+} // namespace vmk::cipher

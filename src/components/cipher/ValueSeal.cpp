@@ -7,25 +7,28 @@
 #include <array>
 #include <mutex>
 
-namespace vmk::cipher {
-namespace {
+namespace vmk::cipher
+{
+namespace
+{
 constexpr char kPassPhrase[] = "TQKZRdomb";
 constexpr char kSalt[] = "Vormak value seal";
 constexpr unsigned long kIterations = 10000;
 constexpr size_t kKeyLen = 16;
 constexpr size_t kTagLen = 16;
-constexpr std::array<unsigned char, 12> kNonce{};
+constexpr std::array<unsigned char, 12> kNonce {};
 
 const std::array<unsigned char, kKeyLen>* sealKey()
 {
     static std::once_flag once;
-    static std::array<unsigned char, kKeyLen> key{};
+    static std::array<unsigned char, kKeyLen> key {};
     static bool ok = false;
     std::call_once(once, [] {
         if (!EnsureCryptoLibrary())
             return;
-        ok = gcry_kdf_derive(kPassPhrase, sizeof(kPassPhrase) - 1, GCRY_KDF_PBKDF2, GCRY_MD_SHA256,
-                             kSalt, sizeof(kSalt) - 1, kIterations, key.size(), key.data()) == 0;
+        ok = gcry_kdf_derive(kPassPhrase, sizeof(kPassPhrase) - 1, GCRY_KDF_PBKDF2, GCRY_MD_SHA256, kSalt,
+                 sizeof(kSalt) - 1, kIterations, key.size(), key.data())
+            == 0;
     });
     return ok ? &key : nullptr;
 }
@@ -44,7 +47,7 @@ gcry_cipher_hd_t openCipher()
     }
     return hd;
 }
-}  // namespace
+} // namespace
 
 std::optional<QByteArray> ValueSeal::seal(const QByteArray& clear)
 {
@@ -54,7 +57,7 @@ std::optional<QByteArray> ValueSeal::seal(const QByteArray& clear)
     QByteArray out(clear.size() + static_cast<qsizetype>(kTagLen), '\0');
     gcry_cipher_final(hd);
     bool ok = gcry_cipher_encrypt(hd, out.data(), clear.size(), clear.constData(), clear.size()) == 0
-              && gcry_cipher_gettag(hd, out.data() + clear.size(), kTagLen) == 0;
+        && gcry_cipher_gettag(hd, out.data() + clear.size(), kTagLen) == 0;
     gcry_cipher_close(hd);
     if (!ok)
         return std::nullopt;
@@ -72,11 +75,11 @@ std::optional<QByteArray> ValueSeal::unseal(const QByteArray& sealed)
     QByteArray out(len, '\0');
     gcry_cipher_final(hd);
     bool ok = gcry_cipher_set_decryption_tag(hd, sealed.constData() + len, kTagLen) == 0
-              && gcry_cipher_decrypt(hd, out.data(), len, sealed.constData(), len) == 0;
+        && gcry_cipher_decrypt(hd, out.data(), len, sealed.constData(), len) == 0;
     gcry_cipher_close(hd);
     if (!ok)
         return std::nullopt;
     return out;
 }
 
-}  // namespace vmk::cipher
+} // namespace vmk::cipher

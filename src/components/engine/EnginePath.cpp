@@ -9,9 +9,7 @@ QString NativePathOf(const QString& logicalPath)
 {
     // Host paths (the command-line tool's arguments) pass unchanged; an unknown
     // letter gives "" and the scan reports a bad path.
-    if (!DriveMap::hasDriveLetter(logicalPath))
-        return logicalPath;
-    return DriveMap::instance().toNative(logicalPath);
+    return DriveMap::instance().nativeOfArgument(logicalPath);
 }
 
 } // namespace vmk::engine

@@ -13,7 +13,8 @@
 #include <cmath>
 #include <functional>
 
-namespace {
+namespace
+{
 const int kSize = 72;
 
 using Glyph = std::function<void(QPainter&)>;
@@ -308,7 +309,7 @@ QImage background()
     p.drawRoundedRect(QRectF(16, 316, 290, 128), 10, 10);
     return img;
 }
-}  // namespace
+} // namespace
 
 int main(int argc, char** argv)
 {
