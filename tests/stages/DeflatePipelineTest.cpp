@@ -86,7 +86,7 @@ TEST(DeflatePipeline, BlocksJoinIntoOneStreamPerFileInTheGivenOrder)
             int pieces = 0;
             do {
                 ASSERT_TRUE(pipeline.next(i, piece));
-                ASSERT_FALSE(piece.failed);
+                ASSERT_EQ(piece.failure, DeflatePipeline::Failure::None);
                 stream += piece.data;
                 ++pieces;
             } while (!piece.end);
@@ -96,7 +96,7 @@ TEST(DeflatePipeline, BlocksJoinIntoOneStreamPerFileInTheGivenOrder)
             EXPECT_EQ(pieces, std::max<qint64>(1, (std::min(inputs[i].size, contents[i].size()) + block - 1) / block));
         }
         ASSERT_TRUE(pipeline.next(int(contents.size()), piece));
-        EXPECT_TRUE(piece.failed && piece.openFailed);
+        EXPECT_EQ(piece.failure, DeflatePipeline::Failure::Open);
     }
 
     // A set abort flag releases a consumer that would wait, and the workers stop.

@@ -1,7 +1,5 @@
 #include "components/cipher/ChunkReader.h"
 
-#include <fcntl.h>
-
 namespace vmk::cipher
 {
 
@@ -12,8 +10,6 @@ ChunkReader::ChunkReader(QFile& file, qint64 blockSize, qint64 spare, int depth)
 {
     for (int i = 0; i < depth; ++i)
         m_buffers.push_back(std::make_unique<char[]>(static_cast<size_t>(blockSize + spare)));
-    // The whole file is read once, front to back: a larger read-ahead window.
-    ::posix_fadvise(file.handle(), 0, 0, POSIX_FADV_SEQUENTIAL);
     m_thread = std::thread([this] { readLoop(); });
 }
 

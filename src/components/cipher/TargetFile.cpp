@@ -1,11 +1,8 @@
 #include "components/cipher/TargetFile.h"
 
+#include "platform/FileReplace.h"
+
 #include <QFileInfo>
-
-#include <cstdio>
-
-#include <fcntl.h>
-#include <unistd.h>
 
 namespace vmk::cipher
 {
@@ -37,19 +34,7 @@ bool TargetFile::commit()
     m_temp.setPermissions(QFile::ReadOwner | QFile::WriteOwner | QFile::ReadGroup | QFile::ReadOther);
     const QString temp = m_temp.fileName();
     m_temp.close();
-    const QByteArray from = QFile::encodeName(temp), to = QFile::encodeName(m_target);
-    // Renaming over an existing file makes ext4 push the new file's data to the
-    // disk first (its guard against empty files after a crash): a second per
-    // gigabyte. Exchanging the two names is just as atomic and does not; the old
-    // data is then removed under the temporary name. Filesystems without the
-    // exchange get the plain rename, which replaces the target in one step too.
-    if (QFileInfo(m_target).isFile()
-        && ::renameat2(AT_FDCWD, from.constData(), AT_FDCWD, to.constData(), RENAME_EXCHANGE) == 0) {
-        ::unlink(from.constData());
-        m_temp.setAutoRemove(false);
-        return true;
-    }
-    if (std::rename(from.constData(), to.constData()) != 0)
+    if (!FileReplace::replace(temp, m_target))
         return false;
     m_temp.setAutoRemove(false);
     return true;

@@ -2,13 +2,11 @@
 
 #include <zlib.h>
 
+#include <QFile>
+
 #include <algorithm>
-#include <cerrno>
 #include <chrono>
 #include <cstring>
-
-#include <fcntl.h>
-#include <unistd.h>
 
 namespace vmk::zip
 {
@@ -132,33 +130,27 @@ void DeflatePipeline::work()
 DeflatePipeline::Result DeflatePipeline::compress(const Unit& unit, Deflater& deflater, bool primed) const
 {
     Result r;
-    auto fail = [&r](bool open, int error) {
-        r.piece.failed = true;
-        r.piece.openFailed = open;
-        r.piece.systemError = error;
+    auto fail = [&r](Failure failure) {
+        r.piece.failure = failure;
         return r;
     };
-    const int fd = ::open(m_files[unit.file].native.constData(), O_RDONLY | O_CLOEXEC);
-    if (fd < 0)
-        return fail(true, errno);
+    QFile file(QFile::decodeName(m_files[unit.file].native));
+    if (!file.open(QIODevice::ReadOnly | QIODevice::Unbuffered))
+        return fail(Failure::Open);
     qint64 dictLen = primed ? std::min(kWindow, unit.offset) : 0;
     QByteArray in(dictLen + unit.length, Qt::Uninitialized);
     qint64 got = 0;
+    if (!file.seek(unit.offset - dictLen))
+        return fail(Failure::Read);
     while (got < in.size()) {
-        const ssize_t n = ::pread(
-            fd, in.data() + got, static_cast<size_t>(in.size() - got), static_cast<off_t>(unit.offset - dictLen + got));
-        if (n < 0 && errno == EINTR)
-            continue;
-        if (n < 0) {
-            const int error = errno;
-            ::close(fd);
-            return fail(false, error);
-        }
+        const qint64 n = file.read(in.data() + got, in.size() - got);
+        if (n < 0)
+            return fail(Failure::Read);
         if (n == 0)
             break;
         got += n;
     }
-    ::close(fd);
+    file.close();
 
     // A file that has shrunk since it was listed ends early, with what is there.
     if (got < dictLen)
@@ -168,7 +160,7 @@ DeflatePipeline::Result DeflatePipeline::compress(const Unit& unit, Deflater& de
     r.piece.input = len;
     r.piece.end = unit.lastOfFile || len < unit.length;
     if (!deflater.run(in.constData(), dictLen, data, len, r.piece.end, r.piece.data))
-        return fail(false, 0);
+        return fail(Failure::Deflate);
     r.crc = crcOf(data, len);
     r.dictCrc = crcOf(in.constData(), dictLen);
     const qint64 tail = std::min(kWindow, len);
@@ -196,7 +188,8 @@ std::optional<DeflatePipeline::Result> DeflatePipeline::take(size_t index)
 bool DeflatePipeline::next(int file, Piece& piece)
 {
     if (file != m_file) {
-        if (m_file >= 0 && !m_fileEnded)
+        // Another file's turn comes only when the current one has ended.
+        if ((m_file >= 0 && !m_fileEnded) || m_consumed >= m_units.size() || m_units[m_consumed].file != file)
             return false;
         m_file = file;
         m_crc = static_cast<quint32>(crc32(0, nullptr, 0));
@@ -214,14 +207,14 @@ bool DeflatePipeline::next(int file, Piece& piece)
     std::optional<Result> r = take(m_consumed);
     if (!r)
         return false;
-    if (!r->piece.failed && unit.offset > 0 && r->piece.input > 0 && r->dictCrc != m_lastTail) {
+    if (r->piece.failure == Failure::None && unit.offset > 0 && r->piece.input > 0 && r->dictCrc != m_lastTail) {
         // The file changed under us between the two reads: the block's priming
         // is not what the stream holds before it, so deflate it unprimed.
         if (!m_ownDeflater)
             m_ownDeflater = std::make_unique<Deflater>(m_level);
         r = compress(unit, *m_ownDeflater, false);
     }
-    if (!r->piece.failed) {
+    if (r->piece.failure == Failure::None) {
         m_lastTail = r->tailCrc;
         m_crc = static_cast<quint32>(crc32_combine(m_crc, r->crc, static_cast<z_off_t>(r->piece.input)));
         m_input += r->piece.input;

@@ -30,13 +30,12 @@ public:
         QByteArray native; // host path, encoded for the file system
         qint64 size = 0; // bytes to read; a file that has shrunk ends early
     };
+    enum class Failure { None, Open, Read, Deflate };
     struct Piece {
         QByteArray data; // deflate stream bytes
         qint64 input = 0; // file bytes they hold
         bool end = false; // the file's stream is complete after this piece
-        bool failed = false; // the file could not be opened or read, or zlib failed
-        bool openFailed = false;
-        int systemError = 0; // errno of the failure
+        Failure failure = Failure::None;
     };
 
     static constexpr qint64 kBlockSize = 512 * 1024;

@@ -243,6 +243,18 @@ zip_int64_t feedCallback(void* userdata, void* data, zip_uint64_t len, zip_sourc
     }
 }
 
+int libraryError(DeflatePipeline::Failure failure)
+{
+    switch (failure) {
+    case DeflatePipeline::Failure::Open:
+        return ZIP_ER_OPEN;
+    case DeflatePipeline::Failure::Read:
+        return ZIP_ER_READ;
+    default:
+        return ZIP_ER_ZLIB;
+    }
+}
+
 // The source of an entry deflated by the pipeline: it hands the library the
 // finished deflate stream, so the library stores it without compressing again,
 // and knows the CRC and the size once the stream is read.
@@ -273,12 +285,8 @@ zip_int64_t deflatedCallback(void* userdata, void* data, zip_uint64_t len, zip_s
                 zip_error_set(&f->error, f->abort && f->abort->load() ? ZIP_ER_CANCELLED : ZIP_ER_INTERNAL, 0);
                 return -1;
             }
-            if (f->piece.failed) {
-                zip_error_set(&f->error,
-                    f->piece.openFailed        ? ZIP_ER_OPEN
-                        : f->piece.systemError ? ZIP_ER_READ
-                                               : ZIP_ER_ZLIB,
-                    f->piece.systemError);
+            if (f->piece.failure != DeflatePipeline::Failure::None) {
+                zip_error_set(&f->error, libraryError(f->piece.failure), 0);
                 return -1;
             }
             f->pieceOffset = 0;
