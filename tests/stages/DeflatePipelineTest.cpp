@@ -228,3 +228,39 @@ TEST(DeflatePipeline, ParallelCompressKeepsTheEventOrderAndStopsOnAbort)
     EXPECT_FALSE(QFile::exists(archive));
     EXPECT_EQ(QDir(QDir::tempPath()).entryList({ "vmkzip-*" }, QDir::Dirs), tempsBefore);
 }
+
+// Updating an archive: a replaced entry keeps its place, so the library reads
+// the entries in another order than they were listed (z.txt before a.txt here);
+// the deflated streams must follow the library's order.
+TEST(DeflatePipeline, UpdatingFollowsTheArchiveOrderOfEntries)
+{
+    QTemporaryDir dir;
+    vmk::test::TestDrive drive(dir.path());
+    const QString archive = dir.filePath("u.zip");
+    ASSERT_TRUE(writeFile(dir.filePath("in/z.txt"), mixed(900000, 1)));
+    ZipArchiver zip;
+    zip.setArchiveName(vmk::test::TestDrive::logical(archive));
+    zip.setCompressionMethod(MethodDeflate);
+    zip.setCompressionLevel(9);
+    zip.setFilesToProcess(vmk::test::TestDrive::logical(dir.filePath("in")) + "\\*");
+    ASSERT_EQ(zip.compress(), ZipOk);
+
+    ASSERT_TRUE(writeFile(dir.filePath("in/a.txt"), mixed(800000, 2)));
+    ASSERT_TRUE(writeFile(dir.filePath("in/z.txt"), mixed(700000, 3)));
+    zip.setReplaceArchive(false);
+    QStringList order;
+    zip.events().fileProgress = [&](const QString& name, int) {
+        const QString bare = name.section('\\', -1);
+        if (order.isEmpty() || order.last() != bare)
+            order << bare;
+    };
+    ASSERT_EQ(zip.compress(), ZipOk);
+    EXPECT_EQ(order, (QStringList { "z.txt", "a.txt" }));
+
+    const QString into = dir.filePath("back");
+    zip.setExtractFolder(vmk::test::TestDrive::logical(into));
+    zip.setFilesToProcess("*");
+    ASSERT_EQ(zip.extract(), ZipOk);
+    EXPECT_EQ(vmk::test::readFile(into + "/z.txt"), mixed(700000, 3));
+    EXPECT_EQ(vmk::test::readFile(into + "/a.txt"), mixed(800000, 2));
+}
