@@ -8,7 +8,7 @@ PKGS=(
   build-essential cmake ninja-build ccache pkg-config git
   qt6-base-dev qt6-base-dev-tools libqt6test6 qt6-qpa-plugins libgl-dev
   libclamav-dev clamav clamav-testfiles
-  libzip-dev zip unzip
+  libzip-dev zlib1g-dev zip unzip
   libgcrypt20-dev
   libcurl4-openssl-dev
   libgtest-dev libgmock-dev

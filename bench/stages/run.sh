@@ -2,7 +2,8 @@
 # Pack and seal stages against the reference tools, in the same run:
 #  - a 1 GiB file encrypted and decrypted by `vmk` (AES-256) against `openssl enc -aes-256-ctr`
 #  - a 200 MB mixed tree compressed by the zip component (deflate 9) against Info-ZIP `zip -9 -r`
-# Prints each time and the ratio (reference time / our time: above 1 means faster than the reference).
+# Ours and the reference run alternately, three times each, each after a sync;
+# prints the best time of each and the ratio (reference time / our time: above 1 means faster than the reference).
 # Usage: bench/stages/run.sh [BUILD_DIR]   (default: build)
 set -euo pipefail
 cd "$(dirname "$0")/../.."
@@ -12,26 +13,40 @@ work=$(mktemp -d "${TMPDIR:-/tmp}/vmk-bench-stages.XXXXXX")
 trap 'rm -rf "$work"' EXIT
 
 now() { date +%s.%N; }
-# Best of two runs of a command, in seconds.
-best() {
-  local b="" s e t
-  for _ in 1 2; do
-    s=$(now); "$@" >/dev/null; e=$(now)
-    t=$(echo "$e - $s" | bc -l)
-    if [ -z "$b" ] || [ "$(echo "$t < $b" | bc -l)" = 1 ]; then b=$t; fi
+# One timed run, in seconds. Dirty pages of earlier runs are flushed first, so
+# every run starts from the same page-cache state: a gigabyte written by the
+# previous run would otherwise throttle whichever tool comes next.
+timed() {
+  local s e
+  sync
+  s=$(now); "$@" >/dev/null; e=$(now)
+  echo "$e - $s" | bc -l
+}
+min() { if [ -z "$1" ] || [ "$(echo "$2 < $1" | bc -l)" = 1 ]; then echo "$2"; else echo "$1"; fi; }
+# Ours and the reference alternately, three times each; the best time of each.
+# Sets OURS and REF. Usage: race "ours command" "reference command"
+race() {
+  local a="" b="" t
+  for _ in 1 2 3; do
+    t=$(timed sh -c "$1"); a=$(min "$a" "$t")
+    t=$(timed sh -c "$2"); b=$(min "$b" "$t")
   done
-  printf '%.3f' "$b"
+  OURS=$(printf '%.3f' "$a"); REF=$(printf '%.3f' "$b")
 }
 ratio() { printf '%.2f' "$(echo "$1 / $2" | bc -l)"; }
 
+# Every core matters here (the deflate runs on all of them): note the load.
+echo "load average at start: $(cut -d' ' -f1-3 /proc/loadavg), $(nproc) cores"
 echo "== 1 GiB AES-256: vmk encrypt/decrypt vs openssl enc -aes-256-ctr"
 head -c 1073741824 /dev/urandom > "$work/big.bin"
 printf 'bench pass phrase\n' > "$work/pass"
 cat "$work/big.bin" > /dev/null
-ours_enc=$(best "$bin/vmk" encrypt --algorithm 0 --pass-file "$work/pass" "$work/big.bin" "$work/big.vmk")
-ref_enc=$(best openssl enc -aes-256-ctr -pbkdf2 -pass file:"$work/pass" -in "$work/big.bin" -out "$work/big.ossl")
-ours_dec=$(best "$bin/vmk" decrypt --pass-file "$work/pass" "$work/big.vmk" "$work/big.back")
-ref_dec=$(best openssl enc -d -aes-256-ctr -pbkdf2 -pass file:"$work/pass" -in "$work/big.ossl" -out "$work/big.oback")
+race "'$bin/vmk' encrypt --algorithm 0 --pass-file '$work/pass' '$work/big.bin' '$work/big.vmk'" \
+  "openssl enc -aes-256-ctr -pbkdf2 -pass file:'$work/pass' -in '$work/big.bin' -out '$work/big.ossl'"
+ours_enc=$OURS ref_enc=$REF
+race "'$bin/vmk' decrypt --pass-file '$work/pass' '$work/big.vmk' '$work/big.back'" \
+  "openssl enc -d -aes-256-ctr -pbkdf2 -pass file:'$work/pass' -in '$work/big.ossl' -out '$work/big.oback'"
+ours_dec=$OURS ref_dec=$REF
 cmp -s "$work/big.bin" "$work/big.back" || { echo "decrypted file differs" >&2; exit 1; }
 mb=1024
 echo "encrypt: vmk ${ours_enc}s ($(printf '%.0f' "$(echo "$mb / $ours_enc" | bc -l)") MB/s), openssl ${ref_enc}s ($(printf '%.0f' "$(echo "$mb / $ref_enc" | bc -l)") MB/s), throughput ratio $(ratio "$ref_enc" "$ours_enc") (target >= 0.8)"
@@ -56,7 +71,8 @@ done
 for i in $(seq 1 20); do head -c 1048576 /dev/urandom > "$tree/random/r$i.bin"; done
 echo "tree: $(du -sm "$tree" | cut -f1) MB, $(find "$tree" -type f | wc -l) files"
 cat $(find "$tree" -type f) > /dev/null 2>&1 || true
-ours_zip=$(best "$bin/bench_zip_tree" "$tree" "$work/ours.zip")
-ref_zip=$(best sh -c "cd '$tree' && rm -f '$work/ref.zip' && zip -9 -r -q '$work/ref.zip' ." )
+race "'$bin/bench_zip_tree' '$tree' '$work/ours.zip'" "cd '$tree' && rm -f '$work/ref.zip' && zip -9 -r -q '$work/ref.zip' ."
+ours_zip=$OURS ref_zip=$REF
 unzip -tq "$work/ours.zip" >/dev/null || { echo "our archive fails unzip -t" >&2; exit 1; }
+echo "load average at end: $(cut -d' ' -f1-3 /proc/loadavg)"
 echo "compress: ours ${ours_zip}s ($(du -m "$work/ours.zip" | cut -f1) MB), zip -9 -r ${ref_zip}s ($(du -m "$work/ref.zip" | cut -f1) MB), speed ratio $(ratio "$ref_zip" "$ours_zip") (target >= 1.0)"

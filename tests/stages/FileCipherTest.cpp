@@ -167,6 +167,49 @@ TEST(FileCipher, DamageAndWrongPassPhraseAreDetectedAndLeaveNoOutput)
     EXPECT_FALSE(QFile::exists(out));
 }
 
+// The reader runs ahead on its own thread and the header is written last: a
+// replaced target, a stop halfway and a read-ahead cut short must all leave
+// either the old file or the whole new one, and nothing else in the folder.
+TEST(FileCipher, ReplacingAndStoppingHalfwayKeepTheFolderClean)
+{
+    QTemporaryDir dir;
+    const int chunk = 4096;
+    const QString src = dir.filePath("clear"), target = dir.filePath("target"), back = dir.filePath("back");
+    const QByteArray clear = pattern(100 * chunk + 3, 11);
+    ASSERT_TRUE(writeFile(src, clear));
+    auto folder = [&] { return QDir(dir.path()).entryList(QDir::Files | QDir::Hidden, QDir::Name); };
+
+    ASSERT_TRUE(writeFile(target, "an older file under the same name"));
+    ASSERT_EQ(FileCipher::encryptFile(src, target, kPass, CipherAlgorithm::Aes256, {}, smallChunks(chunk)),
+        CipherError::None);
+    EXPECT_EQ(folder(), (QStringList { "clear", "target" })) << "the old file goes, no temporary file stays";
+    ASSERT_EQ(FileCipher::decryptFile(target, back, kPass), CipherError::None);
+    EXPECT_EQ(readFile(back), clear);
+    ASSERT_EQ(FileCipher::decryptFile(target, back, kPass), CipherError::None) << "over an existing output";
+    EXPECT_EQ(readFile(back), clear);
+    const QByteArray sealed = readFile(target);
+
+    // Stopped at half of the file, with blocks still read ahead.
+    for (bool sealing : { true, false }) {
+        SCOPED_TRACE(sealing ? "encrypt" : "decrypt");
+        int calls = 0;
+        auto stopHalfway = [&](int percent) {
+            ++calls;
+            return percent < 50;
+        };
+        const QString out = sealing ? target : back;
+        const QByteArray before = readFile(out);
+        const CipherError e = sealing
+            ? FileCipher::encryptFile(src, out, kPass, CipherAlgorithm::Aes256, stopHalfway, smallChunks(chunk))
+            : FileCipher::decryptFile(target, out, kPass, stopHalfway);
+        EXPECT_EQ(e, CipherError::Cancelled);
+        EXPECT_GE(calls, 40);
+        EXPECT_EQ(readFile(out), before);
+        EXPECT_EQ(folder(), (QStringList { "back", "clear", "target" }));
+    }
+    EXPECT_EQ(readFile(target), sealed);
+}
+
 namespace
 {
 const QByteArray kFixturePass = "fixture pass ñ";

@@ -1,5 +1,6 @@
 #include "components/cipher/FileCipher.h"
 
+#include "components/cipher/ChunkReader.h"
 #include "components/cipher/CryptoLibrary.h"
 #include "components/cipher/GcmCipher.h"
 #include "components/cipher/TargetFile.h"
@@ -8,7 +9,9 @@
 
 #include <gcrypt.h>
 
+#include <algorithm>
 #include <cstring>
+#include <future>
 #include <map>
 #include <mutex>
 #include <tuple>
@@ -70,6 +73,12 @@ QByteArray runSalt(const QByteArray& passPhrase, const KdfParams& params)
     return salt;
 }
 
+// Blocks read ahead: about 8 MiB, at least two blocks.
+int readAheadDepth(qint64 blockSize)
+{
+    return static_cast<int>(std::clamp<qint64>((8 << 20) / blockSize, 2, 8));
+}
+
 int percentOf(qint64 done, qint64 total)
 {
     return total <= 0 ? 100 : static_cast<int>(done * 100 / total);
@@ -113,10 +122,12 @@ CipherError FileCipher::encryptFile(const QString& source, const QString& target
         return CipherError::SourceUnreadable;
     const qint64 total = in.size();
 
+    // The data is sealed under a random file key, and only the wrapping of that
+    // key needs the slow pass-phrase key: derive it while the data streams, and
+    // write the header last.
     const QByteArray salt = runSalt(passPhrase, options.kdf);
-    const auto kek = PassPhraseKey::derive(passPhrase, salt, options.kdf);
-    if (!kek)
-        return CipherError::LibraryFailure;
+    auto kekLater = std::async(std::launch::async,
+        [&passPhrase, &salt, &options] { return PassPhraseKey::derive(passPhrase, salt, options.kdf); });
 
     unsigned char header[kHeaderSize] = {};
     std::memcpy(header, kMagic, sizeof kMagic);
@@ -132,47 +143,57 @@ CipherError FileCipher::encryptFile(const QString& source, const QString& target
 
     unsigned char fileKey[32];
     gcry_randomize(fileKey, sizeof fileKey, GCRY_STRONG_RANDOM);
-    std::memcpy(header + kOffWrapped, fileKey, sizeof fileKey);
-    GcmCipher wrap(algorithm);
-    if (!wrap.setKey(kek->constData(), kek->size())
-        || !wrap.encrypt(header + 44, kWrapNonceSize, header, kOffWrapped, header + kOffWrapped, sizeof fileKey,
-            header + kOffWrapped + sizeof fileKey))
-        return CipherError::LibraryFailure;
-
     GcmCipher data(algorithm);
-    const bool keyed = data.setKey(fileKey, sizeof fileKey);
-    std::memset(fileKey, 0, sizeof fileKey);
-    if (!keyed)
+    if (!data.setKey(fileKey, sizeof fileKey)) {
+        std::memset(fileKey, 0, sizeof fileKey);
         return CipherError::LibraryFailure;
+    }
 
     TargetFile out(target);
-    if (!out.open())
+    // Room for the header; the file key is not in it yet.
+    if (!out.open() || out.write(reinterpret_cast<const char*>(header), kHeaderSize) != kHeaderSize) {
+        std::memset(fileKey, 0, sizeof fileKey);
         return CipherError::TargetUnwritable;
-    if (out.write(reinterpret_cast<const char*>(header), kHeaderSize) != kHeaderSize)
-        return CipherError::TargetUnwritable;
-
-    QByteArray buffer(options.chunkSize + static_cast<qsizetype>(kTag), '\0');
-    ProgressTicker ticker(progress);
-    qint64 done = 0;
-    for (quint64 index = 0;; ++index) {
-        const qint64 got = in.read(buffer.data(), options.chunkSize);
-        if (got < 0)
-            return CipherError::SourceUnreadable;
-        done += got;
-        // A short read or the end of the file makes this the final chunk.
-        const bool final = got < options.chunkSize || in.atEnd();
-        const ChunkLabel label = chunkLabel(header + 56, index, final);
-        if (!data.encrypt(label.nonce, sizeof label.nonce, label.aad, sizeof label.aad, buffer.data(),
-                static_cast<size_t>(got), buffer.data() + got))
-            return CipherError::LibraryFailure;
-        const qint64 len = got + static_cast<qint64>(kTag);
-        if (out.write(buffer.constData(), len) != len)
-            return CipherError::TargetUnwritable;
-        if (!ticker.report(percentOf(done, total)))
-            return CipherError::Cancelled;
-        if (final)
-            break;
     }
+
+    const CipherError streamed = [&] {
+        ChunkReader reader(in, options.chunkSize, static_cast<qint64>(kTag), readAheadDepth(options.chunkSize));
+        ProgressTicker ticker(progress);
+        qint64 done = 0;
+        for (quint64 index = 0;; ++index) {
+            const ChunkReader::Block block = reader.next();
+            if (block.failed)
+                return CipherError::SourceUnreadable;
+            done += block.size;
+            // A short read or the end of the file makes this the final chunk.
+            const ChunkLabel label = chunkLabel(header + 56, index, block.last);
+            if (!data.encrypt(label.nonce, sizeof label.nonce, label.aad, sizeof label.aad, block.data,
+                    static_cast<size_t>(block.size), block.data + block.size))
+                return CipherError::LibraryFailure;
+            const qint64 len = block.size + static_cast<qint64>(kTag);
+            if (out.write(block.data, len) != len)
+                return CipherError::TargetUnwritable;
+            if (!ticker.report(percentOf(done, total)))
+                return CipherError::Cancelled;
+            if (block.last)
+                return CipherError::None;
+        }
+    }();
+    const auto kek = kekLater.get();
+    if (streamed != CipherError::None || !kek) {
+        std::memset(fileKey, 0, sizeof fileKey);
+        return streamed != CipherError::None ? streamed : CipherError::LibraryFailure;
+    }
+
+    std::memcpy(header + kOffWrapped, fileKey, sizeof fileKey);
+    std::memset(fileKey, 0, sizeof fileKey);
+    GcmCipher wrap(algorithm);
+    if (!wrap.setKey(kek->constData(), kek->size())
+        || !wrap.encrypt(
+            header + 44, kWrapNonceSize, header, kOffWrapped, header + kOffWrapped, 32, header + kOffWrapped + 32))
+        return CipherError::LibraryFailure;
+    if (!out.rewrite(0, reinterpret_cast<const char*>(header), kHeaderSize))
+        return CipherError::TargetUnwritable;
     return out.commit() ? CipherError::None : CipherError::TargetUnwritable;
 }
 
@@ -204,6 +225,8 @@ CipherError FileCipher::decryptFile(
     if (!kdf.isAcceptable() || chunkSize < SealOptions::kMinChunkSize || chunkSize > SealOptions::kMaxChunkSize)
         return CipherError::UnsupportedFormat;
 
+    // The reader fills its blocks while the pass-phrase key is derived.
+    ChunkReader reader(in, chunkSize + static_cast<qint64>(kTag), 0, readAheadDepth(chunkSize));
     const QByteArray salt(reinterpret_cast<const char*>(header + 28), kSaltSize);
     const auto kek = PassPhraseKey::derive(passPhrase, salt, kdf);
     if (!kek)
@@ -225,30 +248,27 @@ CipherError FileCipher::decryptFile(
     TargetFile out(target);
     if (!out.open())
         return CipherError::TargetUnwritable;
-    QByteArray buffer(chunkSize + static_cast<qsizetype>(kTag), '\0');
     ProgressTicker ticker(progress);
     qint64 pos = kHeaderSize;
     for (quint64 index = 0;; ++index) {
-        const qint64 remaining = total - pos;
-        if (remaining < static_cast<qint64>(kTag))
-            return CipherError::Truncated;
+        const ChunkReader::Block block = reader.next();
+        if (block.failed)
+            return CipherError::SourceUnreadable;
         // Whatever fits in one sealed chunk is the last one; an appended or
         // removed tail shows up as a final flag that does not match its tag.
-        const bool final = remaining <= chunkSize + static_cast<qint64>(kTag);
-        const qint64 len = final ? remaining : chunkSize + static_cast<qint64>(kTag);
-        if (in.read(buffer.data(), len) != len)
-            return CipherError::SourceUnreadable;
-        pos += len;
-        const size_t clearLen = static_cast<size_t>(len) - kTag;
-        const ChunkLabel label = chunkLabel(header + 56, index, final);
-        if (!data.decrypt(label.nonce, sizeof label.nonce, label.aad, sizeof label.aad, buffer.data(), clearLen,
-                buffer.constData() + clearLen))
+        if (block.size < static_cast<qint64>(kTag))
+            return CipherError::Truncated;
+        pos += block.size;
+        const size_t clearLen = static_cast<size_t>(block.size) - kTag;
+        const ChunkLabel label = chunkLabel(header + 56, index, block.last);
+        if (!data.decrypt(label.nonce, sizeof label.nonce, label.aad, sizeof label.aad, block.data, clearLen,
+                block.data + clearLen))
             return CipherError::DamagedData;
-        if (out.write(buffer.constData(), static_cast<qint64>(clearLen)) != static_cast<qint64>(clearLen))
+        if (out.write(block.data, static_cast<qint64>(clearLen)) != static_cast<qint64>(clearLen))
             return CipherError::TargetUnwritable;
         if (!ticker.report(percentOf(pos, total)))
             return CipherError::Cancelled;
-        if (final)
+        if (block.last)
             break;
     }
     return out.commit() ? CipherError::None : CipherError::TargetUnwritable;

@@ -1,8 +1,8 @@
 #include "components/cipher/TargetFile.h"
 
-#include <QFileInfo>
+#include "platform/FileReplace.h"
 
-#include <cstdio>
+#include <QFileInfo>
 
 namespace vmk::cipher
 {
@@ -21,6 +21,12 @@ bool TargetFile::open()
     return m_temp.open();
 }
 
+bool TargetFile::rewrite(qint64 pos, const char* data, qint64 len)
+{
+    const qint64 end = m_temp.pos();
+    return m_temp.seek(pos) && m_temp.write(data, len) == len && m_temp.seek(end);
+}
+
 bool TargetFile::commit()
 {
     if (!m_temp.isOpen() || !m_temp.flush())
@@ -28,8 +34,7 @@ bool TargetFile::commit()
     m_temp.setPermissions(QFile::ReadOwner | QFile::WriteOwner | QFile::ReadGroup | QFile::ReadOther);
     const QString temp = m_temp.fileName();
     m_temp.close();
-    // rename(2) replaces an existing target in one step.
-    if (std::rename(QFile::encodeName(temp).constData(), QFile::encodeName(m_target).constData()) != 0)
+    if (!FileReplace::replace(temp, m_target))
         return false;
     m_temp.setAutoRemove(false);
     return true;

@@ -18,6 +18,9 @@ public:
     explicit TargetFile(const QString& target);
     bool open();
     qint64 write(const char* data, qint64 len) { return m_temp.write(data, len); }
+    // Overwrites bytes already written (a header known only at the end) and goes
+    // back to the end.
+    bool rewrite(qint64 pos, const char* data, qint64 len);
     bool commit();
 
 private:

@@ -1,5 +1,6 @@
 #include "components/zip/ZipArchiver.h"
 
+#include "components/zip/DeflatePipeline.h"
 #include "components/zip/FileMask.h"
 #include "components/zip/ZipCodes.h"
 #include "components/zip/ZipPaths.h"
@@ -21,6 +22,7 @@
 #include <chrono>
 #include <condition_variable>
 #include <cstdio>
+#include <cstring>
 #include <deque>
 #include <functional>
 #include <memory>
@@ -175,6 +177,16 @@ struct FileFeed {
     int lastFilePercent = -1;
     zip_error_t error;
     std::function<void(FileFeed&, qint64 delta, bool closed)> onProgress;
+
+    // Deflated ahead by the pipeline: the library copies the stream as it is.
+    DeflatePipeline* pipeline = nullptr;
+    int pipelineIndex = -1;
+    const std::atomic<bool>* abort = nullptr;
+    DeflatePipeline::Piece piece;
+    qsizetype pieceOffset = 0;
+    bool ended = false;
+    quint32 crc = 0;
+    int level = 6;
 };
 
 zip_int64_t feedCallback(void* userdata, void* data, zip_uint64_t len, zip_source_cmd_t cmd)
@@ -225,6 +237,107 @@ zip_int64_t feedCallback(void* userdata, void* data, zip_uint64_t len, zip_sourc
     case ZIP_SOURCE_SUPPORTS:
         return zip_source_make_command_bitmap(
             ZIP_SOURCE_OPEN, ZIP_SOURCE_READ, ZIP_SOURCE_CLOSE, ZIP_SOURCE_STAT, ZIP_SOURCE_ERROR, ZIP_SOURCE_FREE, -1);
+    default:
+        zip_error_set(&f->error, ZIP_ER_OPNOTSUPP, 0);
+        return -1;
+    }
+}
+
+int libraryError(DeflatePipeline::Failure failure)
+{
+    switch (failure) {
+    case DeflatePipeline::Failure::Open:
+        return ZIP_ER_OPEN;
+    case DeflatePipeline::Failure::Read:
+        return ZIP_ER_READ;
+    default:
+        return ZIP_ER_ZLIB;
+    }
+}
+
+// The source of an entry deflated by the pipeline: it hands the library the
+// finished deflate stream, so the library stores it without compressing again,
+// and knows the CRC and the size once the stream is read.
+zip_int64_t deflatedCallback(void* userdata, void* data, zip_uint64_t len, zip_source_cmd_t cmd)
+{
+    auto* f = static_cast<FileFeed*>(userdata);
+    switch (cmd) {
+    case ZIP_SOURCE_OPEN:
+        f->read = 0;
+        f->ended = false;
+        f->piece = {};
+        f->pieceOffset = 0;
+        return 0;
+    case ZIP_SOURCE_READ: {
+        auto* out = static_cast<char*>(data);
+        zip_uint64_t copied = 0;
+        while (copied < len) {
+            if (f->pieceOffset < f->piece.data.size()) {
+                const auto n = std::min<zip_uint64_t>(len - copied, f->piece.data.size() - f->pieceOffset);
+                std::memcpy(out + copied, f->piece.data.constData() + f->pieceOffset, n);
+                copied += n;
+                f->pieceOffset += static_cast<qsizetype>(n);
+                continue;
+            }
+            if (f->ended)
+                break;
+            if (!f->pipeline || !f->pipeline->next(f->pipelineIndex, f->piece)) {
+                zip_error_set(&f->error, f->abort && f->abort->load() ? ZIP_ER_CANCELLED : ZIP_ER_INTERNAL, 0);
+                return -1;
+            }
+            if (f->piece.failure != DeflatePipeline::Failure::None) {
+                zip_error_set(&f->error, libraryError(f->piece.failure), 0);
+                return -1;
+            }
+            f->pieceOffset = 0;
+            f->read += f->piece.input;
+            if (f->piece.end) {
+                f->ended = true;
+                f->crc = f->pipeline->crc();
+            }
+            f->onProgress(*f, f->piece.input, false);
+        }
+        return static_cast<zip_int64_t>(copied);
+    }
+    case ZIP_SOURCE_CLOSE:
+        f->piece = {};
+        f->onProgress(*f, 0, true);
+        return 0;
+    case ZIP_SOURCE_STAT: {
+        auto* st = ZIP_SOURCE_GET_ARGS(zip_stat_t, data, len, &f->error);
+        if (!st)
+            return -1;
+        zip_stat_init(st);
+        // Before reading: the expected size. After: what the stream really holds.
+        st->size = static_cast<zip_uint64_t>(f->ended ? f->read : f->size);
+        st->mtime = static_cast<time_t>(f->mtime);
+        st->comp_method = ZIP_CM_DEFLATE;
+        st->valid |= ZIP_STAT_SIZE | ZIP_STAT_MTIME | ZIP_STAT_COMP_METHOD;
+        if (f->ended) {
+            st->crc = f->crc;
+            st->valid |= ZIP_STAT_CRC;
+        }
+        return sizeof(zip_stat_t);
+    }
+    case ZIP_SOURCE_GET_FILE_ATTRIBUTES: {
+        // The level bits of the entry's flags, which the library sets when it
+        // deflates itself: maximum above 7, fast below 3.
+        auto* attributes = ZIP_SOURCE_GET_ARGS(zip_file_attributes_t, data, len, &f->error);
+        if (!attributes)
+            return -1;
+        attributes->general_purpose_bit_flags = f->level > 7 ? 0x2 : f->level < 3 ? 0x4 : 0;
+        attributes->general_purpose_bit_mask = 0x6;
+        attributes->version_needed = 20;
+        attributes->valid |= ZIP_FILE_ATTRIBUTES_GENERAL_PURPOSE_BIT_FLAGS | ZIP_FILE_ATTRIBUTES_VERSION_NEEDED;
+        return sizeof(zip_file_attributes_t);
+    }
+    case ZIP_SOURCE_ERROR:
+        return zip_error_to_data(&f->error, data, len);
+    case ZIP_SOURCE_FREE:
+        return 0;
+    case ZIP_SOURCE_SUPPORTS:
+        return zip_source_make_command_bitmap(ZIP_SOURCE_OPEN, ZIP_SOURCE_READ, ZIP_SOURCE_CLOSE, ZIP_SOURCE_STAT,
+            ZIP_SOURCE_ERROR, ZIP_SOURCE_FREE, ZIP_SOURCE_GET_FILE_ATTRIBUTES, -1);
     default:
         zip_error_set(&f->error, ZIP_ER_OPNOTSUPP, 0);
         return -1;
@@ -459,15 +572,20 @@ int ZipArchiver::compress()
             });
         }
     };
+    // Deflate runs on every core ahead of the library; the other methods are the library's own work.
+    const bool parallel = m_method == MethodDeflate && m_level > 0;
+    std::vector<std::pair<zip_uint64_t, FileFeed*>> byIndex;
     for (const PlannedFile& f : planned) {
         auto feed = std::make_unique<FileFeed>();
         feed->name = f.source;
         feed->native = QFile::encodeName(f.native);
         feed->size = f.size;
         feed->mtime = f.mtime;
+        feed->abort = &m_abort;
+        feed->level = m_level;
         zip_error_init(&feed->error);
         feed->onProgress = onProgress;
-        zip_source_t* src = zip_source_function(za, feedCallback, feed.get());
+        zip_source_t* src = zip_source_function(za, parallel ? deflatedCallback : feedCallback, feed.get());
         if (!src) {
             zip_discard(za);
             return finish(ZipCompressionFailed);
@@ -481,9 +599,25 @@ int ZipArchiver::compress()
         }
         zip_set_file_compression(
             za, static_cast<zip_uint64_t>(index), libraryMethod(m_method, m_level), static_cast<zip_uint32_t>(m_level));
+        byIndex.emplace_back(static_cast<zip_uint64_t>(index), feed.get());
         feeds.push_back(std::move(feed));
     }
     zip_register_cancel_callback_with_state(za, cancelCallback, nullptr, &m_abort);
+
+    // The library writes the entries in the order of their indexes (a replaced
+    // entry keeps its place): the pipeline deflates them in that order.
+    std::unique_ptr<DeflatePipeline> pipeline;
+    if (parallel) {
+        std::sort(byIndex.begin(), byIndex.end(), [](const auto& a, const auto& b) { return a.first < b.first; });
+        QList<DeflatePipeline::Input> inputs;
+        for (const auto& [index, feed] : byIndex) {
+            feed->pipelineIndex = static_cast<int>(inputs.size());
+            inputs.append({ feed->native, feed->size });
+        }
+        pipeline = std::make_unique<DeflatePipeline>(inputs, m_level, m_abort);
+        for (const auto& [index, feed] : byIndex)
+            feed->pipeline = pipeline.get();
+    }
 
     // All of the library's work happens in zip_close: run it on a worker thread
     // while this thread fires the events it produces and keeps the screens alive.
