@@ -1,7 +1,7 @@
 #!/usr/bin/python3
 """Writes the scan benchmark corpus: FILES files totalling about MB megabytes of
 mixed content (incompressible binary, text, deflated zips, a few EICAR files and
-clam.exe copies), in nested folders, reproducibly from a fixed seed."""
+clam.exe copies), in nested folders, reproducibly from a fixed random start."""
 import io, os, random, sys, zipfile
 
 out, files, megabytes = sys.argv[1], int(sys.argv[2]), int(sys.argv[3])

@@ -5,7 +5,7 @@
 namespace vmk
 {
 
-// The recycle bin, after the freedesktop.org Trash specification: files on the
+// The recycle bin, following the freedesktop.org Trash layout: files on the
 // device go to the device's own "$topdir/.Trash-$uid", host files to the user's
 // trash ("$XDG_DATA_HOME/Trash"), or, when they lie on another filesystem than
 // that, to the "$topdir/.Trash-$uid" of their own mount.

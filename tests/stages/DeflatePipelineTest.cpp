@@ -23,10 +23,10 @@ using vmk::test::writeFile;
 namespace
 {
 // Text with repeats across block boundaries (so priming matters), then noise.
-QByteArray mixed(qint64 size, quint32 seed)
+QByteArray mixed(qint64 size, quint32 salt)
 {
     QByteArray b(size, '\0');
-    quint32 x = seed * 2654435761u + 7;
+    quint32 x = salt * 2654435761u + 7;
     for (qint64 i = 0; i < size; ++i) {
         x ^= x << 13;
         x ^= x >> 17;
