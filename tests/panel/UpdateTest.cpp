@@ -5,14 +5,17 @@
 #include "panel/ControlPanel.h"
 #include "panel/SignatureDate.h"
 #include "panel/ui/Form1.h"
+#include "platform/Pump.h"
 
 #include "TestSupport.h"
 
+#include <QApplication>
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
 #include <QLabel>
 #include <QProcess>
+#include <QPushButton>
 #include <QTemporaryDir>
 
 using namespace vmk;
@@ -89,6 +92,33 @@ TEST_F(UpdateTest, MissingUpdaterIsAnErrorNotACrash)
     form.Image15_Click();
     EXPECT_EQ(messages.texts, QStringList({ QStringLiteral("¡Error al actualizar!") }));
     EXPECT_TRUE(form.isEnabled());
+}
+
+TEST_F(UpdateTest, ProgressFormStaysUsableWhileThePanelIsDisabled)
+{
+    Form1 form(m_panel, {});
+    test::MessageRecorder messages;
+    fakeUpdater("Nothing to update\\r\\n");
+    // What the progress form offers while the update runs, seen from the pump.
+    QList<bool> cancelUsable;
+    QList<bool> panelEnabled;
+    SetPumpHook([&] {
+        for (QWidget* w : QApplication::topLevelWidgets()) {
+            if (w->objectName() == QLatin1String("BarraUpdate") && w->isVisible()) {
+                auto* cancel = w->findChild<QPushButton*>(QStringLiteral("Command1"));
+                cancelUsable << (cancel && cancel->isEnabled());
+                panelEnabled << form.isEnabled();
+            }
+        }
+    });
+    // The second run reuses the form: disabling the panel must not grey it out.
+    form.Image15_Click();
+    form.Image15_Click();
+    SetPumpHook({});
+    ASSERT_FALSE(cancelUsable.isEmpty());
+    EXPECT_FALSE(cancelUsable.contains(false));
+    EXPECT_FALSE(panelEnabled.contains(true));
+    EXPECT_EQ(messages.texts.size(), 2);
 }
 
 namespace

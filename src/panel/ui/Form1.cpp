@@ -140,6 +140,7 @@ Form1::Form1(ControlPanel& panel, Hooks hooks, QWidget* parent)
 
 Form1::~Form1()
 {
+    delete m_barraUpdate;
     delete m_formEject;
 }
 
@@ -293,8 +294,9 @@ void Form1::TimerUpdate_Timer()
 void Form1::Image15_Click()
 {
     setEnabled(false);
+    // A window of its own: as a child of the panel it would be greyed out with it.
     if (!m_barraUpdate)
-        m_barraUpdate = new BarraUpdate(this);
+        m_barraUpdate = new BarraUpdate();
     m_barraUpdate->show();
     DoEvents();
     const UpdateVerdict verdict = m_panel.RunUpdater();
