@@ -219,6 +219,21 @@ TEST_F(Form1Test, EjectQuitAsksNothingRestoresAndStartsTheHelper)
         EXPECT_NE(t, QStringLiteral("¿Realmente desea salir de Vormak?"));
 }
 
+TEST_F(Form1Test, TrayExitQuitsThePanelHiddenInTheTray)
+{
+    m_form->show();
+    m_form->Form_Load();
+    test::MessageRecorder messages;
+    m_form->Label13_Click(); // hidden to the tray
+    ASSERT_FALSE(m_form->isVisible());
+    m_form->Image20_Click(); // the tray menu's Exit
+    EXPECT_TRUE(m_form->Unloaded());
+    EXPECT_EQ(m_endCodes, QList<int>({ 0 }));
+    EXPECT_EQ(waitForMarker(), QStringLiteral("0|E:"));
+    for (const QString& t : messages.texts)
+        EXPECT_NE(t, QStringLiteral("¿Realmente desea salir de Vormak?"));
+}
+
 TEST_F(Form1Test, ButtonsLightOnHoverAndTheWebAddressOpens)
 {
     m_form->show();
