@@ -5,15 +5,15 @@
 #include "components/engine/Engine.h"
 #include "components/engine/EngineService.h"
 #include "components/engine/EngineSession.h"
+#include "foundation/Globals.h"
+#include "panel/ControlPanel.h"
+#include "platform/DriveMap.h"
 #include "platform/FileSearch.h"
 #include "scanner/Antivir.h"
 
 #include <QCoreApplication>
 #include <QDir>
-#include <QFile>
 #include <QFileInfo>
-#include <QProcess>
-#include <QTextStream>
 
 #include <atomic>
 #include <condition_variable>
@@ -205,50 +205,48 @@ int runEngine(const QStringList& args)
     return 0;
 }
 
-// Runs avupdate.exe the way the panel does and judges the last line of its log.
+// Runs avupdate.exe through the panel's own update step (same command line, log
+// on the device's root, same verdict) and prints the verdict.
 int runUpdate(const QStringList& args)
 {
-    const QString folder = programFolder();
-    // Without a device the program folder stands in for the device's root.
-    const QString log = args.value(0, QDir(folder).filePath("UPDLOG.TXT"));
-    QProcess p;
-    p.setWorkingDirectory(folder);
-    p.setProgram(QDir(folder).filePath("avupdate.exe"));
-    p.setArguments({ "--config=avupdate.conf", "--log=" + log });
-    p.setProcessChannelMode(QProcess::ForwardedErrorChannel);
-    p.start();
-    if (!p.waitForStarted(10000)) {
-        std::fprintf(stderr, "vmk update: avupdate.exe did not start\n");
+    if (!args.isEmpty()) {
+        std::fprintf(stderr, "usage: vmk update\n");
         return 2;
     }
-    p.waitForFinished(-1);
-    QFile f(log);
-    if (!f.open(QIODevice::ReadOnly)) {
-        std::fprintf(stderr, "vmk update: no log at %s\n", log.toUtf8().constData());
+    const vmk::DriveMap& map = vmk::DriveMap::instance();
+    vmk::G().ProgramFolder = map.logicalProgramFolder();
+    vmk::G().ProgramDrive = vmk::G().ProgramFolder.left(2);
+    if (vmk::G().ProgramDrive.isEmpty()) {
+        std::fprintf(stderr, "vmk update: the program folder has no drive letter\n");
         return 2;
     }
-    QString last;
-    QTextStream in(&f);
-    while (!in.atEnd())
-        last = in.readLine();
-    out(last);
-    if (last.contains("Update finished")) {
+    const vmk::panel::UpdateVerdict verdict = vmk::panel::ControlPanel().RunUpdater();
+    const QString log = map.toNative(vmk::panel::SignatureUpdate::LogPath(vmk::G().ProgramDrive));
+    switch (verdict) {
+    case vmk::panel::UpdateVerdict::LogMissing:
+        std::fprintf(stderr, "vmk update: avupdate.exe left no log at %s\n", log.toUtf8().constData());
+        return 2;
+    case vmk::panel::UpdateVerdict::Finished:
+        out(vmk::panel::SignatureUpdate::ReadLastLine(log, nullptr));
         out("Signatures updated.");
         return 0;
-    }
-    if (last.contains("error")) {
+    case vmk::panel::UpdateVerdict::Error:
+        out(vmk::panel::SignatureUpdate::ReadLastLine(log, nullptr));
         out(QString::fromUtf8("¡Error al actualizar!"));
         return 1;
-    }
-    if (last.contains("Nothing to update")) {
+    case vmk::panel::UpdateVerdict::NothingToUpdate:
+        out(vmk::panel::SignatureUpdate::ReadLastLine(log, nullptr));
         out(QString::fromUtf8("¡Nada que actualizar!"));
         return 0;
+    case vmk::panel::UpdateVerdict::Silent:
+        break;
     }
+    out(vmk::panel::SignatureUpdate::ReadLastLine(log, nullptr));
     return 2;
 }
 
 CommandRegistry::Registrar scanCmd("scan", "scan [--db DIR] [--no-archive] [--jobs N] PATH...", runScan);
 CommandRegistry::Registrar engineCmd("engine", "engine [--db DIR]   (signature set and count)", runEngine);
-CommandRegistry::Registrar updateCmd("update", "update [LOG]   (runs avupdate.exe beside vmk)", runUpdate);
+CommandRegistry::Registrar updateCmd("update", "update   (runs avupdate.exe beside vmk as the panel does)", runUpdate);
 
 } // namespace

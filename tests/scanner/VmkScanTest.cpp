@@ -8,6 +8,7 @@
 #include <QDir>
 #include <QFile>
 #include <QProcess>
+#include <QProcessEnvironment>
 #include <QTemporaryDir>
 
 #include <gtest/gtest.h>
@@ -132,4 +133,62 @@ TEST(AntivirLogical, DriveLetterPathsAndTheSettingsVariables)
 
     engine::UnLoadEngine();
     DriveMap::instance().resetToHost();
+}
+
+TEST(VmkUpdate, RunsTheUpdaterAsThePanelDoesAndJudgesTheLogOnTheDeviceRoot)
+{
+    // A program folder in a subfolder of the device: the log goes to the device's
+    // root, where the panel reads it, not beside the program.
+    QTemporaryDir device;
+    const QString folder = device.filePath("VMK");
+    ASSERT_TRUE(QDir().mkpath(folder + "/sigs"));
+    ASSERT_TRUE(QDir().mkpath(folder + "/updates"));
+    for (const char* program : { "vmk", "avupdate.exe" }) {
+        ASSERT_TRUE(QFile::copy(binDir() + "/" + program, folder + "/" + program));
+        QFile::setPermissions(folder + "/" + program, QFile::permissions(binDir() + "/" + program));
+    }
+    const QByteArray container = readFile(builtSignatureFolder() + "/vormak.cud");
+    ASSERT_TRUE(writeFile(folder + "/sigs/vormak.cud", container));
+    ASSERT_TRUE(writeFile(folder + "/updates/vormak.cud", container));
+    ASSERT_TRUE(writeFile(folder + "/avupdate.conf", "source=updates\nfiles=vormak.cud extra.ndb\n"));
+    const QString log = device.filePath("UPDLOG.TXT");
+
+    auto update = [&](const QStringList& args = {}) {
+        QProcess p;
+        QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
+        env.insert(DriveMap::kInheritedVariable, "C\t/\nE\t" + device.path() + "\n*\tE");
+        p.setProcessEnvironment(env);
+        p.start(folder + "/vmk", QStringList { "update" } + args);
+        EXPECT_TRUE(p.waitForFinished(120000));
+        CliRun r;
+        r.exit = p.exitCode();
+        r.lines = QString::fromUtf8(p.readAllStandardOutput()).split('\n', Qt::SkipEmptyParts);
+        return r;
+    };
+
+    CliRun r = update();
+    EXPECT_EQ(r.exit, 0);
+    EXPECT_EQ(r.lines.value(1), QString::fromUtf8("¡Nada que actualizar!"));
+    EXPECT_TRUE(QFile::exists(log));
+    EXPECT_FALSE(QFile::exists(folder + "/UPDLOG.TXT"));
+
+    ASSERT_TRUE(
+        writeFile(folder + "/updates/extra.ndb", "Vmk.Test.Extra-1:0:*:" + QByteArray("VMK-EXTRA").toHex() + "\n"));
+    r = update();
+    EXPECT_EQ(r.exit, 0);
+    EXPECT_TRUE(r.lines.value(0).contains("Update finished"));
+    EXPECT_EQ(readFile(folder + "/sigs/extra.ndb"), readFile(folder + "/updates/extra.ndb"));
+
+    ASSERT_TRUE(writeFile(folder + "/updates/extra.ndb", "this is no signature line\n"));
+    r = update();
+    EXPECT_EQ(r.exit, 1);
+    EXPECT_EQ(r.lines.value(1), QString::fromUtf8("¡Error al actualizar!"));
+    EXPECT_NE(readFile(folder + "/sigs/extra.ndb"), readFile(folder + "/updates/extra.ndb"));
+
+    // Without the updater there is no log of this run: the last run's is not judged.
+    ASSERT_TRUE(QFile::remove(folder + "/avupdate.exe"));
+    r = update();
+    EXPECT_EQ(r.exit, 2);
+    EXPECT_FALSE(QFile::exists(log));
+    EXPECT_EQ(update({ "extra" }).exit, 2);
 }
