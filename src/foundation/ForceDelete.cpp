@@ -11,6 +11,7 @@
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
+#include <QMultiHash>
 #include <QSaveFile>
 #include <QStringList>
 
@@ -107,6 +108,66 @@ QString PendingRemovalListPath()
     return DriveMap::instance().toNative(system + QStringLiteral("\\WinInit.ini"));
 }
 
+namespace
+{
+// Short names here are computed from the folder's other entries, so unlike on the
+// drive's original filesystem they can move: once the file an entry meant is gone,
+// its short name may come to stand for a neighbour. Beside the rename list we keep
+// which long path each entry meant, and the next start removes a file only while
+// its short name still leads to that same file.
+QString longNamesPath(const QString& list)
+{
+    return list + QStringLiteral(".names");
+}
+
+void rememberLongName(const QString& list, const QString& shortPath, const QString& longPath)
+{
+    QFile old(longNamesPath(list));
+    QByteArray content;
+    if (old.open(QIODevice::ReadOnly))
+        content = old.readAll();
+    old.close();
+    content += shortPath.toUtf8() + '\t' + longPath.toUtf8() + "\r\n";
+    QSaveFile f(longNamesPath(list));
+    if (f.open(QIODevice::WriteOnly)) {
+        f.write(content);
+        f.commit();
+    }
+}
+
+QMultiHash<QString, QString> readLongNames(const QString& list)
+{
+    QMultiHash<QString, QString> names;
+    QFile f(longNamesPath(list));
+    if (!f.open(QIODevice::ReadOnly))
+        return names;
+    for (QByteArray raw : f.readAll().split('\n')) {
+        if (raw.endsWith('\r'))
+            raw.chop(1);
+        const qsizetype tab = raw.indexOf('\t');
+        if (tab > 0)
+            names.insert(QString::fromUtf8(raw.left(tab)), QString::fromUtf8(raw.mid(tab + 1)));
+    }
+    return names;
+}
+
+// True when the entry's short path still names one of the files it was written for
+// (or when no record exists, as for a list written by hand).
+bool stillMeantFile(const QMultiHash<QString, QString>& names, const QString& shortPath, const QString& native)
+{
+    if (!names.contains(shortPath))
+        return true;
+    const QString here = QFileInfo(native).absoluteFilePath();
+    for (const QString& longPath : names.values(shortPath)) {
+        const QString meant = DriveMap::instance().toNative(longPath);
+        if (!meant.isEmpty() && QFileInfo(meant).absoluteFilePath() == here
+            && QFileInfo(meant).fileName() == QFileInfo(here).fileName())
+            return true;
+    }
+    return false;
+}
+} // namespace
+
 void ScheduleDeleteAtReboot(const QString& path)
 {
     const QString shortPath = GetShortPath(path);
@@ -136,6 +197,7 @@ void ScheduleDeleteAtReboot(const QString& path)
         f.write(content);
         f.commit();
     }
+    rememberLongName(list, shortPath, path);
 }
 
 int ProcessPendingRemovals()
@@ -147,6 +209,7 @@ int ProcessPendingRemovals()
     const QByteArray content = f.readAll();
     f.close();
     const DriveMap& map = DriveMap::instance();
+    const QMultiHash<QString, QString> longNames = readLongNames(list);
     int done = 0;
     bool inRename = false;
     for (QByteArray raw : content.split('\n')) {
@@ -169,6 +232,8 @@ int ProcessPendingRemovals()
             continue;
         bool ok;
         if (target.compare(QLatin1String("NUL"), Qt::CaseInsensitive) == 0) {
+            if (!stillMeantFile(longNames, source, QFile::decodeName(from)))
+                continue;
             clearAttributes(from);
             ok = removeNative(from) || ::rmdir(from.constData()) == 0;
         } else {
@@ -179,6 +244,7 @@ int ProcessPendingRemovals()
             ++done;
     }
     QFile::remove(list);
+    QFile::remove(longNamesPath(list));
     return done;
 }
 

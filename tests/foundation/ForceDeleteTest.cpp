@@ -127,6 +127,28 @@ TEST_F(ForceDeleteTest, RenameListWithoutFinalLineBreakGetsOne)
     EXPECT_TRUE(QFile::exists(m_root + "/y.txt"));
 }
 
+TEST_F(ForceDeleteTest, LeftoverEntryNeverRemovesTheNeighbourThatInheritsItsShortName)
+{
+    ASSERT_TRUE(test::writeFile(m_root + "/Docs/my file.txt", "meant"));
+    ASSERT_TRUE(test::writeFile(m_root + "/Docs/my file2.txt", "keep me"));
+    const QString shortMeant = GetShortPath(QStringLiteral("E:\\Docs\\my file.txt"));
+    ScheduleDeleteAtReboot(QStringLiteral("E:\\Docs\\my file.txt"));
+    // The helpers removed the file in this session; the entry stays for the next start.
+    ASSERT_TRUE(QFile::remove(m_root + "/Docs/my file.txt"));
+    ASSERT_EQ(GetShortPath(QStringLiteral("E:\\Docs\\my file2.txt")), shortMeant)
+        << "the neighbour now answers to the short name the entry holds";
+    EXPECT_EQ(ProcessPendingRemovals(), 0);
+    EXPECT_EQ(test::readFile(m_root + "/Docs/my file2.txt"), QByteArray("keep me"));
+    EXPECT_FALSE(QFile::exists(PendingRemovalListPath()));
+
+    // While the meant file is still there, its entry removes it.
+    ASSERT_TRUE(test::writeFile(m_root + "/Docs/my file.txt", "meant"));
+    ScheduleDeleteAtReboot(QStringLiteral("E:\\Docs\\my file.txt"));
+    EXPECT_EQ(ProcessPendingRemovals(), 1);
+    EXPECT_FALSE(QFile::exists(m_root + "/Docs/my file.txt"));
+    EXPECT_TRUE(QFile::exists(m_root + "/Docs/my file2.txt"));
+}
+
 TEST_F(ForceDeleteTest, RealHelperProgramsRemoveAnImmutableFile)
 {
     const QString bin = test::binDir();
