@@ -1,11 +1,10 @@
 // Delete.exe "path": removes the file (or an empty folder) and reports by exit
 // code: 0 the path is gone, 1 it is still there, 2 bad command line.
 
-#include "platform/DriveMap.h"
+#include "platform/HelperArgument.h"
 
 #include <QCoreApplication>
 #include <QFile>
-#include <QStringList>
 
 #include <cerrno>
 #include <cstdio>
@@ -16,24 +15,16 @@
 int main(int argc, char** argv)
 {
     QCoreApplication app(argc, argv);
-    QStringList args = QCoreApplication::arguments();
-    args.removeFirst();
-    const QString given = args.join(u' ');
-    if (given.isEmpty()) {
-        std::fprintf(stderr, "usage: Delete.exe \"path\"\n");
+    const auto argument = vmk::HelperPathArgument("Delete.exe");
+    if (!argument)
         return 2;
-    }
-    const QString native = vmk::DriveMap::instance().nativeOfArgument(given);
-    if (native.isEmpty()) {
-        std::fprintf(stderr, "Delete.exe: no such drive: %s\n", given.toUtf8().constData());
-        return 2;
-    }
+    const QString native = *argument;
     const QByteArray path = QFile::encodeName(native);
     if (::unlink(path.constData()) != 0 && (errno == EISDIR || errno == EPERM))
         ::rmdir(path.constData());
     struct stat st;
     if (::lstat(path.constData(), &st) == 0) {
-        std::fprintf(stderr, "Delete.exe: %s: %s\n", given.toUtf8().constData(), std::strerror(errno));
+        std::fprintf(stderr, "Delete.exe: %s: %s\n", native.toUtf8().constData(), std::strerror(errno));
         return 1;
     }
     return 0;

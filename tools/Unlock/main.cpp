@@ -3,14 +3,12 @@
 // append-only flags of both. It removes nothing itself; Delete.exe follows.
 // Exit code: 0 done (whatever could be cleared), 2 bad command line.
 
-#include "platform/DriveMap.h"
+#include "platform/HelperArgument.h"
 
 #include <QCoreApplication>
 #include <QFile>
 #include <QFileInfo>
-#include <QStringList>
 
-#include <cstdio>
 #include <fcntl.h>
 #include <linux/fs.h>
 #include <sys/ioctl.h>
@@ -43,18 +41,10 @@ void giveWrite(const QByteArray& path)
 int main(int argc, char** argv)
 {
     QCoreApplication app(argc, argv);
-    QStringList args = QCoreApplication::arguments();
-    args.removeFirst();
-    const QString given = args.join(u' ');
-    if (given.isEmpty()) {
-        std::fprintf(stderr, "usage: Unlock.exe \"path\"\n");
+    const auto argument = vmk::HelperPathArgument("Unlock.exe");
+    if (!argument)
         return 2;
-    }
-    const QString native = vmk::DriveMap::instance().nativeOfArgument(given);
-    if (native.isEmpty()) {
-        std::fprintf(stderr, "Unlock.exe: no such drive: %s\n", given.toUtf8().constData());
-        return 2;
-    }
+    const QString native = *argument;
     const QByteArray file = QFile::encodeName(native);
     const QByteArray folder = QFile::encodeName(QFileInfo(native).absolutePath());
     clearFlags(folder);
