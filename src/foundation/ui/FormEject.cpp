@@ -12,17 +12,13 @@ namespace vmk
 
 FormEject::FormEject(QWidget* parent)
     : RoundedForm(parent)
-    , m_lblCap(new QLabel(this))
     , m_label1(new ClickLabel(QStringLiteral("Aceptar"), this))
 {
     setObjectName(QStringLiteral("FormEject"));
     setWindowTitle(QStringLiteral("Vormak"));
     setModal(false);
     setFixedSize(340, 120);
-    m_lblCap->setObjectName(QStringLiteral("LblCap"));
-    m_lblCap->setWordWrap(true);
-    m_lblCap->setAlignment(Qt::AlignCenter);
-    m_lblCap->setGeometry(16, 14, 308, 56);
+    m_lblCap = makeCaption(QRect(16, 14, 308, 56));
     m_label1->setObjectName(QStringLiteral("Label1"));
     m_label1->setGeometry(125, 80, 90, 26);
     // This form does not run the whole language pass: only its notice is translated.

@@ -23,7 +23,7 @@ public:
     void Label1_Click();
 
 private:
-    QLabel* m_lblCap;
+    QLabel* m_lblCap = nullptr;
     ClickLabel* m_label1;
 };
 

@@ -12,7 +12,6 @@ namespace vmk
 
 MsgboxFrmYN::MsgboxFrmYN(QWidget* parent)
     : RoundedForm(parent)
-    , m_lblCap(new QLabel(this))
     , m_label2(new ClickLabel(QStringLiteral("No"), this))
     , m_label3(new ClickLabel(QStringLiteral("Si"), this))
 {
@@ -20,10 +19,7 @@ MsgboxFrmYN::MsgboxFrmYN(QWidget* parent)
     setWindowTitle(QStringLiteral("Vormak"));
     setModal(true);
     setFixedSize(380, 150);
-    m_lblCap->setObjectName(QStringLiteral("LblCap"));
-    m_lblCap->setWordWrap(true);
-    m_lblCap->setAlignment(Qt::AlignCenter);
-    m_lblCap->setGeometry(16, 14, 348, 82);
+    m_lblCap = makeCaption(QRect(16, 14, 348, 82));
     m_lblCap->setMouseTracking(true);
     m_label3->setObjectName(QStringLiteral("Label3"));
     m_label3->setGeometry(92, 108, 90, 26);

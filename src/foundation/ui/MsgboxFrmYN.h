@@ -30,7 +30,7 @@ protected:
 private:
     void underline(ClickLabel* on);
 
-    QLabel* m_lblCap;
+    QLabel* m_lblCap = nullptr;
     ClickLabel* m_label2;
     ClickLabel* m_label3;
 };

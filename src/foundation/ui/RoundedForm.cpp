@@ -1,6 +1,7 @@
 #include "foundation/ui/RoundedForm.h"
 
 #include <QBitmap>
+#include <QLabel>
 #include <QPainter>
 #include <QPen>
 
@@ -81,6 +82,16 @@ void RoundedForm::paintEvent(QPaintEvent* event)
     p.drawLine(right, top + r, right, bottom - r);
     p.drawPolyline(QuarterArc(left + r, bottom - r, r, 180));
     p.drawPolyline(QuarterArc(right - r, bottom - r, r, 270));
+}
+
+QLabel* RoundedForm::makeCaption(const QRect& area)
+{
+    auto* caption = new QLabel(this);
+    caption->setObjectName(QStringLiteral("LblCap"));
+    caption->setWordWrap(true);
+    caption->setAlignment(Qt::AlignCenter);
+    caption->setGeometry(area);
+    return caption;
 }
 
 } // namespace vmk

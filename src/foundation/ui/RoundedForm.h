@@ -3,6 +3,8 @@
 #include <QDialog>
 #include <QPolygon>
 
+class QLabel;
+
 namespace vmk
 {
 
@@ -26,6 +28,9 @@ public:
     static constexpr int kCorner = 15;
 
 protected:
+    // The message label LblCap that every such form carries: centred, wrapped, at `area`.
+    QLabel* makeCaption(const QRect& area);
+
     void resizeEvent(QResizeEvent* event) override;
     void paintEvent(QPaintEvent* event) override;
 
