@@ -7,6 +7,7 @@
 #include "foundation/LanguageFile.h"
 #include "foundation/Messages.h"
 #include "foundation/Settings.h"
+#include "foundation/StartUp.h"
 #include "platform/DriveMap.h"
 
 #include <QDir>
@@ -65,7 +66,7 @@ QString applyFolderOptions(QStringList& args)
         args.remove(i, 2);
     }
     vmk::G().ProgramFolder = map.logicalProgramFolder();
-    vmk::G().ProgramDrive = vmk::G().ProgramFolder.left(2);
+    vmk::SettleProgramDrive();
     return {};
 }
 

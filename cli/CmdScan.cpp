@@ -6,6 +6,7 @@
 #include "components/engine/EngineService.h"
 #include "components/engine/EngineSession.h"
 #include "foundation/Globals.h"
+#include "foundation/StartUp.h"
 #include "panel/ControlPanel.h"
 #include "platform/DriveMap.h"
 #include "platform/FileSearch.h"
@@ -158,7 +159,7 @@ int runScan(const QStringList& argsIn)
     if (loadEngine(db) != 0)
         return 2;
     if (noArchive)
-        vmk::engine::setvalue(3, "0");
+        vmk::engine::setvalue(vmk::engine::Option::ArchiveScan, "0");
 
     QStringList files;
     for (const QString& t : targets) {
@@ -197,8 +198,8 @@ int runEngine(const QStringList& args)
     if (loadEngine(db) != 0)
         return 2;
     vmk::engine::EngineValue v52, v55;
-    vmk::engine::getvalue(52, &v52);
-    vmk::engine::getvalue(55, &v55);
+    vmk::engine::getvalue(vmk::engine::EngineValue::SignatureVersion, &v52);
+    vmk::engine::getvalue(vmk::engine::EngineValue::SignatureCount, &v55);
     out("52: " + vmk::LiftEngineText(v52.TextLen, v52.TextPtr));
     out("55: " + vmk::LiftEngineText(v55.TextLen, v55.TextPtr));
     vmk::engine::UnLoadEngine();
@@ -215,7 +216,7 @@ int runUpdate(const QStringList& args)
     }
     const vmk::DriveMap& map = vmk::DriveMap::instance();
     vmk::G().ProgramFolder = map.logicalProgramFolder();
-    vmk::G().ProgramDrive = vmk::G().ProgramFolder.left(2);
+    vmk::SettleProgramDrive();
     if (vmk::G().ProgramDrive.isEmpty()) {
         std::fprintf(stderr, "vmk update: the program folder has no drive letter\n");
         return 2;

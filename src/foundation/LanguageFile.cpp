@@ -1,6 +1,7 @@
 #include "foundation/LanguageFile.h"
 
 #include "platform/DriveMap.h"
+#include "platform/LogicalPath.h"
 
 #include <QFile>
 #include <QStringDecoder>
@@ -11,10 +12,7 @@ namespace vmk
 
 int ReadLanguageFile(const QString& folder, int current)
 {
-    QString base = folder;
-    while (base.endsWith(u'\\'))
-        base.chop(1);
-    QFile f(DriveMap::instance().toNative(base + QStringLiteral("\\Language.cnf")));
+    QFile f(DriveMap::instance().toNative(LogicalPath::join(folder, QStringLiteral("Language.cnf"))));
     if (!f.exists())
         return 0;
     if (!f.open(QIODevice::ReadOnly))

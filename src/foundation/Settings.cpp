@@ -3,8 +3,10 @@
 #include "components/cipher/ValueSeal.h"
 #include "foundation/Globals.h"
 #include "foundation/Messages.h"
+#include "foundation/SettingKey.h"
 #include "foundation/Translate.h"
 #include "platform/DriveMap.h"
+#include "platform/LogicalPath.h"
 
 #include <QDir>
 #include <QFile>
@@ -13,193 +15,24 @@
 #include <QStringList>
 
 #include <cmath>
-#include <variant>
+#include <optional>
 
 namespace vmk
 {
 namespace
 {
-using TextField = QString SettingsValues::*;
-using IntField = int SettingsValues::*;
-
-enum class Kind {
-    Plain, // engine option, kept as written
-    SealedText, // "#" key, clear text in memory
-    SealedInt, // "#" key, 16-bit integer in memory
-    Ignored, // written by the defaults, never read
-    Compared, // "#UpdateFrom": recognised, no action at start
-};
-
-struct KeyInfo {
-    const char* key;
-    Kind kind;
-    std::variant<std::monostate, TextField, IntField> field;
-};
-
-const QList<KeyInfo>& keyTable()
+// A line of the file: the key and its value, sealed for the "#" keys.
+QPair<QString, QString> fileLine(const SettingKey& k, const QString& clear)
 {
-    static const QList<KeyInfo> table {
-        { "ArchiveScan", Kind::Plain, &SettingsValues::ArchiveScan },
-        { "ArchiveMaxSize", Kind::Plain, &SettingsValues::ArchiveMaxSize },
-        { "ArchiveMaxRec", Kind::Plain, &SettingsValues::ArchiveMaxRec },
-        { "MailboxScan", Kind::Plain, &SettingsValues::MailboxScan },
-        { "HeurMacro", Kind::Plain, &SettingsValues::HeurMacro },
-        { "HeurLevel", Kind::Plain, &SettingsValues::HeurLevel },
-        { "ScanTimeout", Kind::Plain, &SettingsValues::ScanTimeout },
-        { "Repair", Kind::Plain, &SettingsValues::Repair },
-        { "SavapiNotifyOffice", Kind::Plain, &SettingsValues::SavapiNotifyOffice },
-        { "SavapiNotifyOfficeMacro", Kind::Plain, &SettingsValues::SavapiNotifyOfficeMacro },
-        { "DetectAdspy", Kind::Plain, &SettingsValues::DetectAdspy },
-        { "DetectDial", Kind::Plain, &SettingsValues::DetectDial },
-        { "DetectGame", Kind::Plain, &SettingsValues::DetectGame },
-        { "DetectJoke", Kind::Plain, &SettingsValues::DetectJoke },
-        { "DetectPck", Kind::Plain, &SettingsValues::DetectPck },
-        { "DetectPhish", Kind::Plain, &SettingsValues::DetectPhish },
-        { "DetectSpr", Kind::Plain, &SettingsValues::DetectSpr },
-        { "UpdateProxy", Kind::Ignored, {} },
-        { "#UpdateProxySettings", Kind::Ignored, {} },
-        { "#ScanFilesOperations", Kind::SealedText, &SettingsValues::ScanFilesOperations },
-        { "#CompFileFolder", Kind::SealedText, &SettingsValues::CompFileFolder },
-        { "#CompAlgorithm", Kind::SealedInt, &SettingsValues::CompAlgorithm },
-        { "#EncriptFileFolder", Kind::SealedText, &SettingsValues::EncriptFileFolder },
-        { "#EncripAlgorithm", Kind::SealedInt, &SettingsValues::EncripAlgorithm },
-        { "#DeleteFilesMode", Kind::SealedText, &SettingsValues::DeleteFilesMode },
-        { "#UpdateFrom", Kind::Compared, &SettingsValues::UpdateFrom },
-        { "#OtherLocation", Kind::SealedText, &SettingsValues::OtherLocation },
-        { "#ScanBeforeBackup", Kind::SealedText, &SettingsValues::ScanBeforeBackup },
-        { "#BackupsFolder", Kind::SealedText, &SettingsValues::BackupsFolder },
-        { "#BCompAlgorithm", Kind::SealedInt, &SettingsValues::BCompAlgorithm },
-        { "#ScanFilesAfterUpdate", Kind::SealedText, &SettingsValues::ScanFilesAfterUpdate },
-        { "#QuarenteneFolder", Kind::SealedText, &SettingsValues::QuarenteneFolder },
-        { "#DeleteFilesAfter", Kind::SealedInt, &SettingsValues::DeleteFilesAfter },
-        { "#DeleteFilesOpt", Kind::SealedInt, &SettingsValues::DeleteFilesOpt },
-        { "#DesinfectedFolder", Kind::SealedText, &SettingsValues::DesinfectedFolder },
-        { "#FtpServer", Kind::SealedText, &SettingsValues::FtpServer },
-        { "#FtpUserName", Kind::SealedText, &SettingsValues::FtpUserName },
-        { "#FtpPassword", Kind::SealedText, &SettingsValues::FtpPassword },
-    };
-    return table;
+    return qMakePair(QString::fromLatin1(k.Name), k.Sealed ? SealValue(clear) : clear);
 }
 
-const KeyInfo* findKey(const QString& key)
+std::optional<QString> unsealQuietly(const QString& hex)
 {
-    for (const KeyInfo& k : keyTable()) {
-        if (key == QLatin1String(k.key))
-            return &k;
-    }
-    return nullptr;
-}
-
-// The order of WriteDefaultSettings, with the first values. Folder keys are
-// written only for Spanish and English.
-QList<QPair<QString, QString>> defaultLines()
-{
-    const int lang = G().LanguageIndex;
-    auto folder = [lang](const char* es, const char* en) -> std::optional<QString> {
-        if (lang == 0)
-            return QString::fromUtf8(es);
-        if (lang == 1)
-            return QString::fromUtf8(en);
+    const auto clear = cipher::ValueSeal::unseal(HexToBytes(hex));
+    if (!clear)
         return std::nullopt;
-    };
-    QList<QPair<QString, std::optional<QString>>> lines {
-        { "ArchiveScan", "0" },
-        { "ArchiveMaxSize", "0" },
-        { "ArchiveMaxRec", "0" },
-        { "MailboxScan", "0" },
-        { "HeurMacro", "1" },
-        { "HeurLevel", "2" },
-        { "ScanTimeout", "0" },
-        { "Repair", "0" },
-        { "SavapiNotifyOffice", "1" },
-        { "SavapiNotifyOfficeMacro", "1" },
-        { "DetectAdspy", "1" },
-        { "DetectDial", "1" },
-        { "DetectGame", "1" },
-        { "DetectJoke", "1" },
-        { "DetectPck", "1" },
-        { "DetectPhish", "1" },
-        { "DetectSpr", "1" },
-        { "UpdateProxy", "0" },
-        { "#UpdateProxySettings", "" },
-        { "#ScanFilesOperations", "1" },
-        { "#CompFileFolder", folder("\\Documentos Comprimidos\\", "\\Compressed Documents\\") },
-        { "#CompAlgorithm", "0" },
-        { "#EncriptFileFolder", folder("\\Documentos Encriptados\\", "\\Encrypted Documents\\") },
-        { "#EncripAlgorithm", "0" },
-        { "#DeleteFilesMode", "0" },
-        { "#UpdateFrom", "0" },
-        { "#ScanBeforeBackup", "1" },
-        { "#BackupsFolder", folder("\\Mis Documentos\\Respaldos\\", "\\My Documents\\Backups\\") },
-        { "#BCompAlgorithm", "0" },
-        { "#ScanFilesAfterUpdate", "0" },
-        { "#QuarenteneFolder", folder("\\Mis Documentos\\Cuarentena\\", "\\My Documents\\Quarentene\\") },
-        { "#DeleteFilesAfter", "60" },
-        { "#DeleteFilesOpt", "1" },
-        { "#DesinfectedFolder", folder("\\Mis Documentos\\", "\\My Documents\\") },
-        { "#FtpServer", "" },
-        { "#FtpUserName", "" },
-        { "#FtpPassword", "" },
-    };
-    QList<QPair<QString, QString>> out;
-    for (const auto& [key, value] : lines) {
-        if (value)
-            out << qMakePair(key, *value);
-    }
-    return out;
-}
-
-// The order of WriteSettings (the settings dialog).
-const QStringList& dialogOrder()
-{
-    static const QStringList order {
-        "ArchiveScan",
-        "ArchiveMaxSize",
-        "ScanTimeout",
-        "ArchiveMaxRec",
-        "MailboxScan",
-        "HeurMacro",
-        "HeurLevel",
-        "Repair",
-        "SavapiNotifyOffice",
-        "SavapiNotifyOfficeMacro",
-        "DetectAdspy",
-        "DetectDial",
-        "DetectGame",
-        "DetectJoke",
-        "DetectPck",
-        "DetectPhish",
-        "DetectSpr",
-        "#ScanFilesOperations",
-        "#CompFileFolder",
-        "#CompAlgorithm",
-        "#EncriptFileFolder",
-        "#EncripAlgorithm",
-        "#DeleteFilesMode",
-        "#UpdateFrom",
-        "#OtherLocation",
-        "#ScanBeforeBackup",
-        "#BackupsFolder",
-        "#BCompAlgorithm",
-        "#ScanFilesAfterUpdate",
-        "#QuarenteneFolder",
-        "#DeleteFilesAfter",
-        "#DeleteFilesOpt",
-        "#DesinfectedFolder",
-        "#FtpServer",
-        "#FtpUserName",
-        "#FtpPassword",
-    };
-    return order;
-}
-
-QString clearValue(const KeyInfo& k)
-{
-    if (const auto* t = std::get_if<TextField>(&k.field))
-        return S().*(*t);
-    if (const auto* i = std::get_if<IntField>(&k.field))
-        return QString::number(S().*(*i));
-    return {};
+    return QString::fromUtf8(*clear);
 }
 
 // A 16-bit integer as the conversion of the original reads it: blanks allowed,
@@ -216,12 +49,17 @@ std::optional<int> toInt16(const QString& text)
     return static_cast<int>(r);
 }
 
-// The five keys that the reload compares with a trailing "=", so they never match.
-bool keptOnReload(const QString& key)
+// A sealed value that does not unseal: the key takes its first value for the
+// present language, and the user is told which key it was. The file is left as
+// it stands, so nothing is written over what may still be recovered.
+QString unsealOrDefault(const SettingKey& k, const QString& hex)
 {
-    static const QStringList kept { "#DeleteFilesOpt", "#FtpServer", "#FtpUserName", "#FtpPassword",
-        "#DesinfectedFolder" };
-    return kept.contains(key);
+    if (auto clear = unsealQuietly(hex))
+        return *clear;
+    ShowMessage(Translate(QStringLiteral("¡Valor dañado en VMK.cnf! Se usa el valor por defecto de la clave:"))
+            + QStringLiteral("\r\n") + QString::fromLatin1(k.Name),
+        0);
+    return k.defaultFor(G().LanguageIndex).value_or(QString());
 }
 
 bool applyLine(const QString& line, bool reload)
@@ -231,26 +69,19 @@ bool applyLine(const QString& line, bool reload)
         return false;
     const QString key = line.left(p);
     const QString value = line.mid(p + 1);
-    const KeyInfo* k = findKey(key);
-    if (!k || (reload && keptOnReload(key)))
+    const SettingKey* k = FindSettingKey(key);
+    if (!k || !k->ReadAtStart || (reload && k->KeptOnReload))
         return true;
-    switch (k->kind) {
-    case Kind::Plain:
-        S().*std::get<TextField>(k->field) = value;
-        return true;
-    case Kind::SealedText:
-        S().*std::get<TextField>(k->field) = UnsealValue(value);
-        return true;
-    case Kind::SealedInt: {
-        const auto n = toInt16(UnsealValue(value));
-        if (!n)
-            return false;
-        S().*std::get<IntField>(k->field) = *n;
+    const QString clear = k->Sealed ? unsealOrDefault(*k, value) : value;
+    if (k->TextVariable) {
+        S().*(k->TextVariable) = clear;
         return true;
     }
-    case Kind::Ignored:
-    case Kind::Compared:
-        return true;
+    if (k->IntVariable) {
+        const auto n = toInt16(clear);
+        if (!n)
+            return false;
+        S().*(k->IntVariable) = *n;
     }
     return true;
 }
@@ -305,10 +136,6 @@ bool writeLines(const QList<QPair<QString, QString>>& lines)
     return f.commit();
 }
 
-QString sealedIfNeeded(const QString& key, const QString& clear)
-{
-    return key.startsWith(u'#') ? SealValue(clear) : clear;
-}
 } // namespace
 
 SettingsValues& S()
@@ -322,9 +149,7 @@ QString SettingsFilePath()
     QString folder = G().ProgramFolder;
     if (folder.isEmpty())
         folder = DriveMap::instance().logicalProgramFolder();
-    while (folder.endsWith(u'\\'))
-        folder.chop(1);
-    return DriveMap::instance().toNative(folder + QStringLiteral("\\VMK.cnf"));
+    return DriveMap::instance().toNative(LogicalPath::join(folder, QStringLiteral("VMK.cnf")));
 }
 
 bool ApplySettingLine(const QString& line)
@@ -343,17 +168,20 @@ void ReadSettings()
 
 bool WriteDefaultSettings()
 {
-    QList<QPair<QString, QString>> lines = defaultLines();
-    for (auto& [key, value] : lines)
-        value = sealedIfNeeded(key, value);
+    // The folder keys have no line in the languages without a first value for them.
+    QList<QPair<QString, QString>> lines;
+    for (const SettingKey* k : SettingKeysBy(&SettingKey::DefaultOrder)) {
+        if (const auto clear = k->defaultFor(G().LanguageIndex))
+            lines << fileLine(*k, *clear);
+    }
     return writeLines(lines);
 }
 
 bool WriteSettings()
 {
     QList<QPair<QString, QString>> lines;
-    for (const QString& key : dialogOrder())
-        lines << qMakePair(key, sealedIfNeeded(key, clearValue(*findKey(key))));
+    for (const SettingKey* k : SettingKeysBy(&SettingKey::SaveOrder))
+        lines << fileLine(*k, k->clearText(S()));
     return writeLines(lines);
 }
 
@@ -367,12 +195,10 @@ bool ReloadSettings()
 QList<QPair<QString, QString>> SettingsInDefaultOrder()
 {
     QList<QPair<QString, QString>> out;
-    for (const KeyInfo& k : keyTable()) {
-        if (k.kind == Kind::Ignored || QLatin1String(k.key) == QLatin1String("#OtherLocation"))
-            continue;
-        out << qMakePair(QString::fromLatin1(k.key), clearValue(k));
+    for (const SettingKey& k : SettingKeys()) {
+        if (k.Form != SettingForm::None)
+            out << qMakePair(QString::fromLatin1(k.Name), k.clearText(S()));
     }
-    out << qMakePair(QStringLiteral("#OtherLocation"), S().OtherLocation);
     return out;
 }
 
@@ -413,14 +239,14 @@ QString SealValue(const QString& text)
 
 QString UnsealValue(const QString& hex)
 {
-    const auto clear = cipher::ValueSeal::unseal(HexToBytes(hex));
+    const auto clear = unsealQuietly(hex);
     if (!clear) {
         ShowMessage(Translate(QStringLiteral("¡Error de decriptado!")) + QStringLiteral("\n(")
                 + QString::number(kSealErrorDamaged) + u')',
             0);
         return {};
     }
-    return QString::fromUtf8(*clear);
+    return *clear;
 }
 
 } // namespace vmk

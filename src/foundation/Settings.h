@@ -40,7 +40,10 @@ SettingsValues& S();
 QString SettingsFilePath(); // native path of VMK.cnf
 void ReadSettings();
 // False when the line is malformed (no "=") or an integer setting is not a
-// number: ReadSettings then replaces the file by the defaults.
+// number: ReadSettings then replaces the file by the defaults. A sealed value
+// that does not unseal is no such error: its key takes its first value for the
+// present language and a message names the key. The keys and their facts are
+// the table of SettingKey.h.
 bool ApplySettingLine(const QString& line);
 bool WriteDefaultSettings();
 bool WriteSettings();

@@ -7,6 +7,7 @@
 #include "foundation/Messages.h"
 #include "foundation/Translate.h"
 #include "platform/DriveMap.h"
+#include "platform/LogicalPath.h"
 #include "platform/Pump.h"
 #include "platform/Registry.h"
 
@@ -38,10 +39,12 @@ AutorunGuardState& autorunGuard()
 
 QString programFile(const QString& name)
 {
-    QString folder = G().ProgramFolder;
-    if (!folder.endsWith(QLatin1Char('\\')))
-        folder += QLatin1Char('\\');
-    return folder + name;
+    return LogicalPath::join(G().ProgramFolder, name);
+}
+
+QString systemFile(const QString& name)
+{
+    return LogicalPath::join(G().SystemFolder, name);
 }
 
 // Copies a component into the system folder; the copy keeps the source's
@@ -49,7 +52,7 @@ QString programFile(const QString& name)
 bool installComponent(const QString& name)
 {
     const QString source = programFile(name);
-    const QString target = G().SystemFolder + QLatin1Char('\\') + name;
+    const QString target = systemFile(name);
     if (!FileExists(source))
         return false;
     if (!CopyFileInBlocks(source, target))
@@ -70,10 +73,7 @@ QString SystemFolderPath()
     const QString native
         = QStandardPaths::writableLocation(QStandardPaths::GenericDataLocation) + QStringLiteral("/Vormak/system");
     QDir().mkpath(native);
-    QString logical = DriveMap::instance().toLogical(native);
-    while (logical.endsWith(QLatin1Char('\\')))
-        logical.chop(1);
-    return logical;
+    return LogicalPath::withoutSlash(DriveMap::instance().toLogical(native));
 }
 
 QStringList ComponentFiles()
@@ -93,15 +93,15 @@ void SetUpComponents()
     G().SystemFolder = SystemFolderPath();
     for (const QString& file : ComponentFiles()) {
         // Presence is the only test: a component already there is left alone.
-        if (FileExists(G().SystemFolder + QLatin1Char('\\') + file))
+        if (FileExists(systemFile(file)))
             continue;
         if (installComponent(file)) {
             Registry::createKey(kRegisteredKey + file);
-            Registry::setDefaultValue(kRegisteredKey + file, G().SystemFolder + QLatin1Char('\\') + file);
+            Registry::setDefaultValue(kRegisteredKey + file, systemFile(file));
         }
     }
     // eject.exe is refreshed at every start; a copy that cannot be replaced stays.
-    const QString eject = G().SystemFolder + QStringLiteral("\\eject.exe");
+    const QString eject = systemFile(QStringLiteral("eject.exe"));
     if (FileExists(programFile(QStringLiteral("eject.exe")))) {
         QFile::remove(DriveMap::instance().toNative(eject));
         installComponent(QStringLiteral("eject.exe"));
@@ -110,9 +110,9 @@ void SetUpComponents()
 
 void SettleProgramDrive()
 {
-    const QString folder = G().ProgramFolder;
-    if (!folder.isEmpty())
-        G().ProgramDrive = folder.left(1) + QLatin1Char(':');
+    const QString drive = LogicalPath::driveOf(G().ProgramFolder);
+    if (!drive.isEmpty())
+        G().ProgramDrive = drive;
 }
 
 bool GuardAutorun()

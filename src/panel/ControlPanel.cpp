@@ -11,6 +11,7 @@
 #include "foundation/Settings.h"
 #include "foundation/StartUp.h"
 #include "platform/DriveMap.h"
+#include "platform/LogicalPath.h"
 #include "platform/Shell.h"
 #include "scanner/Antivir.h"
 #include "scanner/QuarantinePurge.h"
@@ -25,11 +26,7 @@ QString engineText(int number)
 {
     engine::EngineValue v;
     engine::getvalue(number, &v);
-    if (!v.TextPtr || v.TextLen <= 0)
-        return QString();
-    QString text = QString::fromUtf8(v.TextPtr, v.TextLen);
-    text.remove(QChar(0));
-    return text;
+    return LiftEngineText(v.TextLen, v.TextPtr);
 }
 } // namespace
 
@@ -37,10 +34,7 @@ const char* const ControlPanel::kWebAddress = "https://vormak.example.org/";
 
 QString ControlPanel::ProgramFolderSlash() const
 {
-    QString f = G().ProgramFolder;
-    if (!f.endsWith(QLatin1Char('\\')))
-        f += QLatin1Char('\\');
-    return f;
+    return LogicalPath::withSlash(G().ProgramFolder);
 }
 
 void ControlPanel::OpenWebSite() const
@@ -100,12 +94,12 @@ bool ControlPanel::AskForOldSignatures(const QString& caption, const QDate& toda
 
 QString ControlPanel::EngineVersionText() const
 {
-    return engineText(52);
+    return engineText(engine::EngineValue::SignatureVersion);
 }
 
 QString ControlPanel::EngineCountText() const
 {
-    return PanelFigures::FormatCount(engineText(55));
+    return PanelFigures::FormatCount(engineText(engine::EngineValue::SignatureCount));
 }
 
 void ControlPanel::PushOptions() const

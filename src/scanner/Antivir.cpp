@@ -4,6 +4,7 @@
 #include "components/engine/EngineSession.h"
 #include "foundation/Globals.h"
 #include "foundation/Messages.h"
+#include "foundation/SettingKey.h"
 #include "foundation/Translate.h"
 
 #include <QByteArray>
@@ -12,6 +13,10 @@
 
 namespace vmk
 {
+namespace
+{
+constexpr int kAllAlertsPlace = 11;
+} // namespace
 
 QString LiftEngineText(int32_t length, const char* pointer)
 {
@@ -26,30 +31,22 @@ QString LiftEngineText(int32_t length, const char* pointer)
     return text;
 }
 
-const std::array<EngineSetting, 18> EngineSettings { {
-    { 3, &SettingsValues::ArchiveScan },
-    { 4, &SettingsValues::ArchiveMaxSize },
-    { 5, &SettingsValues::ArchiveMaxRec },
-    { 8, &SettingsValues::MailboxScan },
-    { 9, &SettingsValues::HeurMacro },
-    { 10, &SettingsValues::HeurLevel },
-    { 12, &SettingsValues::ScanTimeout },
-    { 13, &SettingsValues::Repair },
-    { 15, &SettingsValues::SavapiNotifyOffice },
-    { 16, &SettingsValues::SavapiNotifyOfficeMacro },
-    { 41, nullptr },
-    { 24, &SettingsValues::DetectAdspy },
-    { 25, &SettingsValues::DetectDial },
-    { 26, &SettingsValues::DetectGame },
-    { 27, &SettingsValues::DetectJoke },
-    { 28, &SettingsValues::DetectPck },
-    { 29, &SettingsValues::DetectPhish },
-    { 30, &SettingsValues::DetectSpr },
-} };
+const std::array<EngineSetting, 18>& EngineSettings()
+{
+    static const std::array<EngineSetting, 18> table = [] {
+        std::array<EngineSetting, 18> rows {};
+        // Option 41 has no key: all alerts are always asked for, as the eleventh call.
+        rows[kAllAlertsPlace - 1] = { engine::Option::AllAlerts, nullptr };
+        for (const SettingKey* k : SettingKeysBy(&SettingKey::EngineOrder))
+            rows[static_cast<size_t>(k->EngineOrder - 1)] = { k->EngineOption, k->TextVariable };
+        return rows;
+    }();
+    return table;
+}
 
 void PushEngineOptions(const SettingsValues& settings)
 {
-    for (const EngineSetting& s : EngineSettings) {
+    for (const EngineSetting& s : EngineSettings()) {
         const QByteArray value = s.Key ? (settings.*s.Key).toLocal8Bit() : QByteArray("1");
         engine::setvalue(s.Number, value.constData());
     }

@@ -25,8 +25,9 @@ class EngineSession;
 // wherever they stand (so a UTF-16 text with zero high bytes reads as plain text).
 QString LiftEngineText(int32_t length, const char* pointer);
 
-// The table of the options sent by PushEngineOptions, in their order.
-extern const std::array<EngineSetting, 18> EngineSettings;
+// The options sent by PushEngineOptions, in their order: the engine-bound keys
+// of the settings table (SettingKey::EngineOrder) with option 41 at its place.
+const std::array<EngineSetting, 18>& EngineSettings();
 
 // Sends the eighteen options of EngineSettings, in order, from the settings variables.
 void PushEngineOptions();

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "components/engine/Option.h"
 #include "foundation/Settings.h"
 
 #include <QString>
@@ -10,7 +11,7 @@ namespace vmk
 // One row of EngineSettings: the option number and the settings variable that
 // carries it (null for option 41, always sent as "1").
 struct EngineSetting {
-    int Number;
+    engine::Option::Number Number;
     QString SettingsValues::*Key;
 };
 

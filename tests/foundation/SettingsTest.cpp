@@ -1,7 +1,9 @@
 #include "FoundationFixture.h"
 
 #include "foundation/LanguageFile.h"
+#include "foundation/SettingKey.h"
 #include "foundation/Settings.h"
+#include "foundation/Translate.h"
 
 #include "TestSupport.h"
 
@@ -139,19 +141,117 @@ TEST_F(SettingsTest, ValuesHoldingEqualsSignsAndBadLines)
     EXPECT_EQ(fileKeys(path), kDefaultOrder);
     EXPECT_TRUE(messages.texts.isEmpty());
 
-    // A damaged sealed text: the message with its number, and the setting becomes "".
-    QString sealed = SealValue(QStringLiteral("\\Cuarentena\\"));
-    sealed[4] = sealed[4] == u'A' ? u'B' : u'A';
-    writeLines(path, { "ArchiveScan=1", "#QuarenteneFolder=" + sealed }, "\n");
-    ReadSettings();
-    EXPECT_TRUE(S().QuarenteneFolder.isEmpty());
-    EXPECT_EQ(S().ArchiveScan, QStringLiteral("1"));
-    ASSERT_EQ(messages.texts.size(), 1);
-    EXPECT_EQ(messages.texts[0], QStringLiteral("¡Error de decriptado!\n(2)"));
-    EXPECT_EQ(messages.kinds[0], 0);
-
     EXPECT_FALSE(ApplySettingLine(QStringLiteral("no separator")));
     EXPECT_TRUE(ApplySettingLine(QStringLiteral("=nothing")));
+}
+
+TEST_F(SettingsTest, DamagedSealedValuesFallBackToTheirDefaultsAndNameTheirKeys)
+{
+    test::MessageRecorder messages;
+    const QString path = m_root + "/VMK.cnf";
+    QString flipped = SealValue(QStringLiteral("secreto"));
+    flipped[4] = flipped[4] == u'A' ? u'B' : u'A';
+    QString truncated = SealValue(QStringLiteral("\\Cuarentena\\"));
+    truncated.chop(2);
+    const auto damagedFile = [&](const QString& ftpPassword, const QString& quarantine) {
+        writeLines(path,
+            { "ArchiveScan=1", lineOf("#FtpServer", "ftp.example.org"), "#FtpPassword=" + ftpPassword,
+                "#QuarenteneFolder=" + quarantine, "#DeleteFilesAfter=" + flipped, lineOf("#DeleteFilesOpt", "0") });
+        return test::readFile(path);
+    };
+    const struct {
+        int language;
+        QString quarantine;
+    } cases[] = { { 0, QStringLiteral("\\Mis Documentos\\Cuarentena\\") },
+        { 1, QStringLiteral("\\My Documents\\Quarentene\\") }, { 4, QString() } };
+    for (const auto& c : cases) {
+        G().LanguageIndex = c.language;
+        messages.texts.clear();
+        S().FtpPassword = QStringLiteral("left over");
+        S().QuarenteneFolder = QStringLiteral("\\left over\\");
+        const QByteArray before = damagedFile(flipped, truncated);
+        ReadSettings();
+        // Each damaged key takes its own first value; the good ones are read as usual.
+        EXPECT_EQ(S().FtpPassword, QString()) << c.language;
+        EXPECT_EQ(S().QuarenteneFolder, c.quarantine) << c.language;
+        EXPECT_EQ(S().DeleteFilesAfter, 60) << c.language;
+        EXPECT_EQ(S().ArchiveScan, QStringLiteral("1"));
+        EXPECT_EQ(S().FtpServer, QStringLiteral("ftp.example.org"));
+        EXPECT_EQ(S().DeleteFilesOpt, 0);
+        // One message a key, naming it; nothing is written over the file.
+        const QString lead
+            = Translate(QStringLiteral("¡Valor dañado en VMK.cnf! Se usa el valor por defecto de la clave:")) + "\r\n";
+        if (c.language == 1) {
+            EXPECT_EQ(lead, QStringLiteral("Damaged value in VMK.cnf! The default value is used for the key:\r\n"));
+        }
+        EXPECT_EQ(messages.texts,
+            QStringList({ lead + "#FtpPassword", lead + "#QuarenteneFolder", lead + "#DeleteFilesAfter" }));
+        EXPECT_EQ(test::readFile(path), before);
+    }
+
+    // Values that are no sealed text at all: not hex, odd length, empty, non-UTF-8 bytes.
+    G().LanguageIndex = 0;
+    for (const QByteArray& bad : { QByteArray("not hex at all"), QByteArray("ABC"), QByteArray(),
+             QByteArray("\xff\xfe\x00\x80"), QByteArray(5000, 'F') }) {
+        messages.texts.clear();
+        ASSERT_TRUE(test::writeFile(path, "#QuarenteneFolder=" + bad + "\r\n#FtpPassword=" + bad + "\r\n"));
+        ReadSettings();
+        EXPECT_EQ(S().QuarenteneFolder, QStringLiteral("\\Mis Documentos\\Cuarentena\\"));
+        EXPECT_EQ(messages.texts.size(), 2);
+        EXPECT_EQ(test::readFile(path), "#QuarenteneFolder=" + bad + "\r\n#FtpPassword=" + bad + "\r\n");
+    }
+
+    // A later save writes the fallen-back values sealed, so the next start reads them without a word.
+    damagedFile(flipped, truncated);
+    ReadSettings();
+    ASSERT_TRUE(WriteSettings());
+    messages.texts.clear();
+    S() = SettingsValues {};
+    ReadSettings();
+    EXPECT_TRUE(messages.texts.isEmpty());
+    EXPECT_EQ(S().QuarenteneFolder, QStringLiteral("\\Mis Documentos\\Cuarentena\\"));
+    EXPECT_EQ(S().DeleteFilesAfter, 60);
+
+    // The reload (cancel in the dialog) falls back alike, except for the keys it keeps.
+    damagedFile(flipped, truncated);
+    messages.texts.clear();
+    S().QuarenteneFolder = QStringLiteral("\\Dialog\\");
+    S().FtpPassword = QStringLiteral("typed");
+    ASSERT_TRUE(ReloadSettings());
+    EXPECT_EQ(S().QuarenteneFolder, QStringLiteral("\\Mis Documentos\\Cuarentena\\"));
+    EXPECT_EQ(S().FtpPassword, QStringLiteral("typed"));
+    EXPECT_EQ(messages.texts.size(), 2); // "#FtpPassword" is kept, so it is not read
+}
+
+TEST_F(SettingsTest, DefaultsForEachOfTheSevenLanguages)
+{
+    test::MessageRecorder messages;
+    const QString path = m_root + "/VMK.cnf";
+    const QStringList folderKeys { "#CompFileFolder", "#EncriptFileFolder", "#BackupsFolder", "#QuarenteneFolder",
+        "#DesinfectedFolder" };
+    const QStringList spanish { "\\Documentos Comprimidos\\", "\\Documentos Encriptados\\",
+        "\\Mis Documentos\\Respaldos\\", "\\Mis Documentos\\Cuarentena\\", "\\Mis Documentos\\" };
+    const QStringList english { "\\Compressed Documents\\", "\\Encrypted Documents\\", "\\My Documents\\Backups\\",
+        "\\My Documents\\Quarentene\\", "\\My Documents\\" };
+    for (int language = 0; language < 7; ++language) {
+        QFile::remove(path);
+        S() = SettingsValues {};
+        G().LanguageIndex = language;
+        ReadSettings();
+        QStringList expectedKeys = kDefaultOrder;
+        if (language >= 2) {
+            for (const QString& k : folderKeys)
+                expectedKeys.removeAll(k);
+        }
+        EXPECT_EQ(fileKeys(path), expectedKeys) << language;
+        const QStringList folders { S().CompFileFolder, S().EncriptFileFolder, S().BackupsFolder, S().QuarenteneFolder,
+            S().DesinfectedFolder };
+        EXPECT_EQ(folders, language == 0 ? spanish : language == 1 ? english : QStringList(5, QString())) << language;
+        EXPECT_EQ(S().HeurLevel, QStringLiteral("2"));
+        EXPECT_EQ(S().DeleteFilesAfter, 60);
+        EXPECT_EQ(S().DeleteFilesOpt, 1);
+    }
+    EXPECT_TRUE(messages.texts.isEmpty());
 }
 
 TEST_F(SettingsTest, DialogSaveAndReloadKeepTheirDifferences)

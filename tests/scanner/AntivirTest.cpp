@@ -3,9 +3,14 @@
 #include "TestSupport.h"
 #include "components/engine/Engine.h"
 #include "components/engine/EngineCode.h"
+#include "components/engine/EngineOptions.h"
 #include "foundation/Globals.h"
+#include "foundation/SettingKey.h"
 
+#include <QSet>
 #include <QTemporaryDir>
+
+#include <algorithm>
 
 #include <gtest/gtest.h>
 
@@ -69,13 +74,13 @@ TEST(LiftEngineText, CopiesLengthBytesAndDropsEveryNul)
 TEST(EngineSettings, EighteenOptionsInTheirFixedOrder)
 {
     const int expected[] = { 3, 4, 5, 8, 9, 10, 12, 13, 15, 16, 41, 24, 25, 26, 27, 28, 29, 30 };
-    ASSERT_EQ(EngineSettings.size(), 18u);
-    for (size_t i = 0; i < EngineSettings.size(); ++i)
-        EXPECT_EQ(EngineSettings[i].Number, expected[i]) << i;
-    EXPECT_EQ(EngineSettings[10].Key, nullptr);
-    EXPECT_EQ(EngineSettings[0].Key, &SettingsValues::ArchiveScan);
-    EXPECT_EQ(EngineSettings[6].Key, &SettingsValues::ScanTimeout);
-    EXPECT_EQ(EngineSettings[17].Key, &SettingsValues::DetectSpr);
+    ASSERT_EQ(EngineSettings().size(), 18u);
+    for (size_t i = 0; i < EngineSettings().size(); ++i)
+        EXPECT_EQ(EngineSettings()[i].Number, expected[i]) << i;
+    EXPECT_EQ(EngineSettings()[10].Key, nullptr);
+    EXPECT_EQ(EngineSettings()[0].Key, &SettingsValues::ArchiveScan);
+    EXPECT_EQ(EngineSettings()[6].Key, &SettingsValues::ScanTimeout);
+    EXPECT_EQ(EngineSettings()[17].Key, &SettingsValues::DetectSpr);
 }
 
 TEST_F(Antivir, PushedOptionsActOnTheNextScan)
@@ -143,4 +148,34 @@ TEST_F(Antivir, SideScanAsksOnlyForInfectedFiles)
     EXPECT_FALSE(SideScanForExclusion(path("clean.txt")));
     EXPECT_FALSE(SideScanForExclusion(path("missing.com"))) << "an engine error counts as clean";
     EXPECT_EQ(rec.texts.size(), 2) << "no question for clean or unprocessed files";
+}
+
+// The engine binding reads the settings table: each engine-bound key is sent at
+// its place, under an option number the engine knows by name.
+TEST(EngineSettings, EveryEngineBoundKeyMapsToANamedOption)
+{
+    const engine::EngineOptions engineOptions;
+    int bound = 0;
+    for (const SettingKey& k : SettingKeys()) {
+        if (k.EngineOrder == 0)
+            continue;
+        ++bound;
+        const EngineSetting& row = EngineSettings()[static_cast<size_t>(k.EngineOrder - 1)];
+        EXPECT_EQ(row.Number, k.EngineOption) << k.Name;
+        EXPECT_EQ(row.Key, k.TextVariable) << k.Name;
+        EXPECT_TRUE(engineOptions.known(k.EngineOption)) << k.Name;
+    }
+    EXPECT_EQ(bound, 17);
+    QSet<int> numbers;
+    for (const EngineSetting& s : EngineSettings()) {
+        EXPECT_TRUE(engineOptions.known(s.Number)) << s.Number;
+        numbers << s.Number;
+    }
+    EXPECT_EQ(numbers.size(), 18);
+    // The first values of a new settings file are what the binding sends from it.
+    for (const SettingKey& k : SettingKeys()) {
+        if (k.EngineOrder > 0) {
+            EXPECT_EQ(defaults().*k.TextVariable, k.defaultFor(0).value()) << k.Name;
+        }
+    }
 }

@@ -2,6 +2,7 @@
 
 #include "components/engine/AlertRecord.h"
 #include "components/engine/EngineValue.h"
+#include "components/engine/Option.h"
 #include "components/engine/ScanResult.h"
 
 #include <cstdint>
@@ -19,8 +20,8 @@ int32_t UnLoadEngine();
 // `path` is zero-terminated UTF-16.
 ScanResult ScanFile(const char16_t* path);
 void ReadAlert(int32_t index, AlertRecord* out);
-void getvalue(int32_t number, EngineValue* out);
+void getvalue(int32_t number, EngineValue* out); // number: an EngineValue::Number
 // `value` is zero-terminated 8-bit text. The result means nothing.
-int32_t setvalue(int32_t number, const char* value);
+int32_t setvalue(int32_t number, const char* value); // number: an Option
 
 } // namespace vmk::engine

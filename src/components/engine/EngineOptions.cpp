@@ -13,16 +13,16 @@ namespace
 bool isEngineLevel(int number)
 {
     switch (number) {
-    case EngineOptions::ArchiveMaxSize:
-    case EngineOptions::ArchiveMaxRec:
-    case EngineOptions::ScanTimeout:
-    case EngineOptions::DetectAdspy:
-    case EngineOptions::DetectDial:
-    case EngineOptions::DetectGame:
-    case EngineOptions::DetectJoke:
-    case EngineOptions::DetectPck:
-    case EngineOptions::DetectPhish:
-    case EngineOptions::DetectSpr:
+    case Option::ArchiveMaxSize:
+    case Option::ArchiveMaxRec:
+    case Option::ScanTimeout:
+    case Option::DetectAdspy:
+    case Option::DetectDial:
+    case Option::DetectGame:
+    case Option::DetectJoke:
+    case Option::DetectPck:
+    case Option::DetectPhish:
+    case Option::DetectSpr:
         return true;
     default:
         return false;
@@ -37,13 +37,13 @@ struct CategorySwitch {
 // ClamAV names PUA signatures "PUA.<Platform>.<Category>.<Name>"; each switch
 // covers the category words the official sets and ours use for that kind.
 constexpr std::array<CategorySwitch, 7> kSwitches { {
-    { EngineOptions::DetectAdspy, { "Adware", "Spyware", "Spy" } },
-    { EngineOptions::DetectDial, { "Dialer", "Dial", nullptr } },
-    { EngineOptions::DetectGame, { "Game", nullptr, nullptr } },
-    { EngineOptions::DetectJoke, { "Joke", nullptr, nullptr } },
-    { EngineOptions::DetectPck, { "Packer", "Packed", nullptr } },
-    { EngineOptions::DetectPhish, { "Phishing", "Phish", nullptr } },
-    { EngineOptions::DetectSpr, { "Tool", "Spr", "Riskware" } },
+    { Option::DetectAdspy, { "Adware", "Spyware", "Spy" } },
+    { Option::DetectDial, { "Dialer", "Dial", nullptr } },
+    { Option::DetectGame, { "Game", nullptr, nullptr } },
+    { Option::DetectJoke, { "Joke", nullptr, nullptr } },
+    { Option::DetectPck, { "Packer", "Packed", nullptr } },
+    { Option::DetectPhish, { "Phishing", "Phish", nullptr } },
+    { Option::DetectSpr, { "Tool", "Spr", "Riskware" } },
 } };
 
 } // namespace
@@ -51,24 +51,24 @@ constexpr std::array<CategorySwitch, 7> kSwitches { {
 EngineOptions::EngineOptions()
 {
     m_values = {
-        { ArchiveScan, "1" },
-        { ArchiveMaxSize, "0" },
-        { ArchiveMaxRec, "0" },
-        { MailboxScan, "1" },
-        { HeurMacro, "1" },
-        { HeurLevel, "1" },
-        { ScanTimeout, "0" },
-        { Repair, "0" },
-        { NotifyOffice, "1" },
-        { NotifyOfficeMacro, "1" },
-        { AllAlerts, "1" },
-        { DetectAdspy, "1" },
-        { DetectDial, "1" },
-        { DetectGame, "1" },
-        { DetectJoke, "1" },
-        { DetectPck, "1" },
-        { DetectPhish, "1" },
-        { DetectSpr, "1" },
+        { Option::ArchiveScan, "1" },
+        { Option::ArchiveMaxSize, "0" },
+        { Option::ArchiveMaxRec, "0" },
+        { Option::MailboxScan, "1" },
+        { Option::HeurMacro, "1" },
+        { Option::HeurLevel, "1" },
+        { Option::ScanTimeout, "0" },
+        { Option::Repair, "0" },
+        { Option::NotifyOffice, "1" },
+        { Option::NotifyOfficeMacro, "1" },
+        { Option::AllAlerts, "1" },
+        { Option::DetectAdspy, "1" },
+        { Option::DetectDial, "1" },
+        { Option::DetectGame, "1" },
+        { Option::DetectJoke, "1" },
+        { Option::DetectPck, "1" },
+        { Option::DetectPhish, "1" },
+        { Option::DetectSpr, "1" },
     };
 }
 
@@ -108,7 +108,7 @@ int EngineOptions::level(int number) const
 
 bool EngineOptions::heuristicsOn() const
 {
-    return level(HeurLevel) >= 1;
+    return level(Option::HeurLevel) >= 1;
 }
 
 uint32_t EngineOptions::parseFlags() const
@@ -117,11 +117,11 @@ uint32_t EngineOptions::parseFlags() const
     // and office files follow their switches.
     uint32_t f = CL_SCAN_PARSE_ELF | CL_SCAN_PARSE_PDF | CL_SCAN_PARSE_SWF | CL_SCAN_PARSE_HWP3 | CL_SCAN_PARSE_HTML
         | CL_SCAN_PARSE_PE | CL_SCAN_PARSE_ONENOTE | CL_SCAN_PARSE_IMAGE;
-    if (isOn(ArchiveScan))
+    if (isOn(Option::ArchiveScan))
         f |= CL_SCAN_PARSE_ARCHIVE;
-    if (isOn(MailboxScan))
+    if (isOn(Option::MailboxScan))
         f |= CL_SCAN_PARSE_MAIL;
-    if (isOn(NotifyOffice))
+    if (isOn(Option::NotifyOffice))
         f |= CL_SCAN_PARSE_OLE2 | CL_SCAN_PARSE_XMLDOCS;
     return f;
 }
@@ -129,13 +129,13 @@ uint32_t EngineOptions::parseFlags() const
 uint32_t EngineOptions::generalFlags() const
 {
     uint32_t f = 0;
-    if (isOn(AllAlerts))
+    if (isOn(Option::AllAlerts))
         f |= CL_SCAN_GENERAL_ALLMATCHES;
     if (heuristicsOn())
         f |= CL_SCAN_GENERAL_HEURISTICS;
     // Precedence also makes libclamav report PUA and heuristic matches on the
     // layer where they occur, which is how all-alerts mode names their member.
-    if (level(HeurLevel) >= 2 || isOn(AllAlerts))
+    if (level(Option::HeurLevel) >= 2 || isOn(Option::AllAlerts))
         f |= CL_SCAN_GENERAL_HEURISTIC_PRECEDENCE;
     return f;
 }
@@ -147,9 +147,9 @@ uint32_t EngineOptions::heuristicFlags() const
     // is reported instead of passing the file as clean.
     if (heuristicsOn())
         f |= CL_SCAN_HEURISTIC_EXCEEDS_MAX | CL_SCAN_HEURISTIC_ENCRYPTED_ARCHIVE;
-    if (isOn(HeurMacro))
+    if (isOn(Option::HeurMacro))
         f |= CL_SCAN_HEURISTIC_MACROS;
-    if (isOn(NotifyOfficeMacro))
+    if (isOn(Option::NotifyOfficeMacro))
         f |= CL_SCAN_HEURISTIC_ENCRYPTED_DOC;
     return f;
 }
@@ -187,7 +187,7 @@ std::optional<uint64_t> EngineOptions::parseSize(QByteArrayView text)
 
 std::optional<uint64_t> EngineOptions::maxFileSize() const
 {
-    auto bytes = parseSize(value(ArchiveMaxSize));
+    auto bytes = parseSize(value(Option::ArchiveMaxSize));
     if (!bytes)
         return std::nullopt;
     return *bytes; // 0: no limit
@@ -195,7 +195,7 @@ std::optional<uint64_t> EngineOptions::maxFileSize() const
 
 std::optional<uint32_t> EngineOptions::maxRecursion() const
 {
-    const int n = level(ArchiveMaxRec);
+    const int n = level(Option::ArchiveMaxRec);
     if (n <= 0)
         return std::nullopt; // "0": the engine's own depth
     return static_cast<uint32_t>(n);
@@ -204,7 +204,7 @@ std::optional<uint32_t> EngineOptions::maxRecursion() const
 std::optional<uint64_t> EngineOptions::maxScanTimeMs() const
 {
     bool ok = false;
-    const qlonglong seconds = value(ScanTimeout).trimmed().toLongLong(&ok);
+    const qlonglong seconds = value(Option::ScanTimeout).trimmed().toLongLong(&ok);
     if (!ok || seconds < 0)
         return std::nullopt;
     return static_cast<uint64_t>(seconds) * 1000; // 0: never

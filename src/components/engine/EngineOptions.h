@@ -1,5 +1,7 @@
 #pragma once
 
+#include "components/engine/Option.h"
+
 #include <QByteArray>
 #include <QByteArrayView>
 #include <QList>
@@ -11,35 +13,14 @@
 namespace vmk::engine
 {
 
-// The option numbers that setvalue understands, kept as the texts they were
-// given, and what they mean for libclamav. Options that act per scan (parsers,
+// The options that setvalue receives (numbered in Option), kept as the texts they
+// were given, and what they mean for libclamav. Options that act per scan (parsers,
 // heuristics, repair) are read at each ScanFile; the others (limits, which PUA
 // categories are loaded) are fixed when an engine is compiled, so changing one of
 // them makes the compiled engine stale.
 class EngineOptions
 {
 public:
-    enum Number : int {
-        ArchiveScan = 3,
-        ArchiveMaxSize = 4,
-        ArchiveMaxRec = 5,
-        MailboxScan = 8,
-        HeurMacro = 9,
-        HeurLevel = 10,
-        ScanTimeout = 12,
-        Repair = 13,
-        NotifyOffice = 15,
-        NotifyOfficeMacro = 16,
-        DetectAdspy = 24,
-        DetectDial = 25,
-        DetectGame = 26,
-        DetectJoke = 27,
-        DetectPck = 28,
-        DetectPhish = 29,
-        DetectSpr = 30,
-        AllAlerts = 41,
-    };
-
     // The engine's built-in options: what a freshly loaded engine runs on until
     // the program pushes its settings.
     EngineOptions();
@@ -54,7 +35,7 @@ public:
     uint32_t generalFlags() const;
     uint32_t heuristicFlags() const;
     uint32_t mailFlags() const { return 0; }
-    bool repair() const { return isOn(Repair); }
+    bool repair() const { return isOn(Option::Repair); }
     bool heuristicsOn() const;
 
     // Engine limits; nullopt keeps libclamav's default.

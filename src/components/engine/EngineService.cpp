@@ -1,6 +1,7 @@
 #include "components/engine/EngineService.h"
 
 #include "components/engine/EngineCode.h"
+#include "components/engine/EngineValue.h"
 
 #include <QDir>
 
@@ -101,9 +102,9 @@ QByteArray EngineService::value(int number) const
     std::lock_guard lock(m_mutex);
     if (!m_engine)
         return {};
-    if (number == 52)
+    if (number == EngineValue::SignatureVersion)
         return m_engine->versionText();
-    if (number == 55)
+    if (number == EngineValue::SignatureCount)
         return QByteArray::number(m_engine->signatureCount());
     return {};
 }

@@ -34,7 +34,7 @@ public:
     Handle acquire();
 
     void setValue(int number, const QByteArray& value);
-    // Text of value 52 (signature set) or 55 (signature count); empty for others.
+    // Text of EngineValue::SignatureVersion or SignatureCount; empty for others.
     QByteArray value(int number) const;
 
     // Native folder of the signatures; empty means "sigs" in the current folder.
