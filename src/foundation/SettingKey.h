@@ -14,7 +14,7 @@
 namespace vmk
 {
 
-// How a key's value lives in memory.
+// How a key's value lives in memory, told by which variable it has.
 enum class SettingForm {
     None, // no variable: written by the defaults, never read
     Text, // a QString variable, kept as the clear text
@@ -38,8 +38,6 @@ enum class DialogBinding {
 // none of them keeps a list of keys of its own.
 struct SettingKey {
     const char* Name = nullptr; // as in the file, e.g. "#QuarenteneFolder"
-    bool Sealed = false; // the value is sealed in the file (the keys that begin with "#")
-    SettingForm Form = SettingForm::None;
     QString SettingsValues::*TextVariable = nullptr; // the variable of a Text key
     int SettingsValues::*IntVariable = nullptr; // the variable of an Int16 key
 
@@ -62,6 +60,10 @@ struct SettingKey {
     std::array<const char*, 3> DialogControls {}; // e.g. "Check1"; an option group names one per value
     DialogBinding Binding = DialogBinding::None;
 
+    // True for the keys whose value is sealed in the file: those that begin with "#".
+    bool sealed() const;
+    // Text, Int16, or None for a key without a variable.
+    SettingForm form() const;
     // The variable's value as clear text (integers in decimal); "" for a key without one.
     QString clearText(const SettingsValues& values) const;
     // The first value for a language; nullopt when the defaults write no line then.

@@ -24,7 +24,7 @@ namespace
 // A line of the file: the key and its value, sealed for the "#" keys.
 QPair<QString, QString> fileLine(const SettingKey& k, const QString& clear)
 {
-    return qMakePair(QString::fromLatin1(k.Name), k.Sealed ? SealValue(clear) : clear);
+    return qMakePair(QString::fromLatin1(k.Name), k.sealed() ? SealValue(clear) : clear);
 }
 
 std::optional<QString> unsealQuietly(const QString& hex)
@@ -72,7 +72,7 @@ bool applyLine(const QString& line, bool reload)
     const SettingKey* k = FindSettingKey(key);
     if (!k || !k->ReadAtStart || (reload && k->KeptOnReload))
         return true;
-    const QString clear = k->Sealed ? unsealOrDefault(*k, value) : value;
+    const QString clear = k->sealed() ? unsealOrDefault(*k, value) : value;
     if (k->TextVariable) {
         S().*(k->TextVariable) = clear;
         return true;
@@ -196,7 +196,7 @@ QList<QPair<QString, QString>> SettingsInDefaultOrder()
 {
     QList<QPair<QString, QString>> out;
     for (const SettingKey& k : SettingKeys()) {
-        if (k.Form != SettingForm::None)
+        if (k.form() != SettingForm::None)
             out << qMakePair(QString::fromLatin1(k.Name), k.clearText(S()));
     }
     return out;

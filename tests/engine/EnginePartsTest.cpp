@@ -41,20 +41,20 @@ TEST(EngineOptions, SizesLimitsAndWhichChangesNeedARebuild)
     EXPECT_FALSE(O::parseSize("M"));
 
     O o;
-    EXPECT_FALSE(o.set(O::ArchiveScan, "0")) << "a parser switch acts per scan";
-    EXPECT_FALSE(o.set(O::Repair, "1"));
-    EXPECT_TRUE(o.set(O::ScanTimeout, "3"));
+    EXPECT_FALSE(o.set(engine::Option::ArchiveScan, "0")) << "a parser switch acts per scan";
+    EXPECT_FALSE(o.set(engine::Option::Repair, "1"));
+    EXPECT_TRUE(o.set(engine::Option::ScanTimeout, "3"));
     EXPECT_EQ(o.maxScanTimeMs(), 3000ull) << "seconds in the settings, milliseconds in the engine";
-    EXPECT_FALSE(o.set(O::ScanTimeout, "3")) << "the same value changes nothing";
-    EXPECT_TRUE(o.set(O::DetectJoke, "0"));
+    EXPECT_FALSE(o.set(engine::Option::ScanTimeout, "3")) << "the same value changes nothing";
+    EXPECT_TRUE(o.set(engine::Option::DetectJoke, "0"));
     EXPECT_FALSE(o.wantsSignature("PUA.Win.Joke.Any-1"));
     EXPECT_TRUE(o.wantsSignature("PUA.Win.Game.Any-1"));
     EXPECT_TRUE(o.wantsSignature("Win.Joke.NotPua-1"));
-    EXPECT_TRUE(o.set(O::ArchiveMaxRec, "4"));
+    EXPECT_TRUE(o.set(engine::Option::ArchiveMaxRec, "4"));
     EXPECT_EQ(o.maxRecursion(), 4u);
-    o.set(O::ArchiveMaxRec, "0");
+    o.set(engine::Option::ArchiveMaxRec, "0");
     EXPECT_FALSE(o.maxRecursion()) << "0 keeps the engine's own depth";
-    o.set(O::ArchiveMaxSize, "junk");
+    o.set(engine::Option::ArchiveMaxSize, "junk");
     EXPECT_FALSE(o.maxFileSize()) << "text that is no size keeps the engine's default";
     EXPECT_TRUE(o.repair());
 }

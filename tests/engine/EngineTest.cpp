@@ -60,9 +60,9 @@ bool containsAlert(const EngineScan& s, const QString& needle)
 
 TEST_F(Engine, DetectsEveryTestFileWithAllParsersOn)
 {
-    set(3, "1");
-    set(8, "1");
-    set(15, "1");
+    set(engine::Option::ArchiveScan, "1");
+    set(engine::Option::MailboxScan, "1");
+    set(engine::Option::NotifyOffice, "1");
     const QStringList files = QDir(kTestFiles).entryList(QDir::Files);
     ASSERT_EQ(files.size(), 44) << "clamav-testfiles should hold its 44 samples";
     for (const QString& f : files) {
@@ -85,7 +85,7 @@ TEST_F(Engine, DetectsEveryTestFileWithAllParsersOn)
 TEST_F(Engine, ArchiveSwitchOffLeavesCompressedArchivesClean)
 {
     ASSERT_TRUE(makeZip(path("own.zip"), { { "clam.exe", clamExe() } }));
-    set(3, "0");
+    set(engine::Option::ArchiveScan, "0");
     for (const QString& f : { kTestFiles + "/clam.zip", kTestFiles + "/clam.bz2.zip", kTestFiles + "/clam.d64.zip",
              kTestFiles + "/clam.impl.zip", kTestFiles + "/clam.7z", path("own.zip") }) {
         const EngineScan s = scanWithEngine(f);
@@ -93,7 +93,7 @@ TEST_F(Engine, ArchiveSwitchOffLeavesCompressedArchivesClean)
         EXPECT_EQ(s.count, 0) << qPrintable(f) << " " << qPrintable(s.alerts.join("; "));
     }
     // Switching back on acts at the next scan: no cached clean verdict survives.
-    set(3, "1");
+    set(engine::Option::ArchiveScan, "1");
     EXPECT_EQ(scanWithEngine(path("own.zip")).count, 1);
     EXPECT_EQ(scanWithEngine(kTestFiles + "/clam.zip").count, 1);
 }
@@ -137,12 +137,17 @@ TEST_F(Engine, SeveralAlertsOnOneArchiveEachNameTheirMember)
 
 TEST_F(Engine, CategorySwitchOffDropsExactlyThatCategory)
 {
-    static const char* kSwitches[][2] = { { "24", "ADSPY" }, { "25", "DIAL" }, { "26", "GAME" }, { "27", "JOKE" },
-        { "28", "PCK" }, { "29", "PHISH" }, { "30", "SPR" } };
+    using engine::Option;
+    static const struct {
+        Option::Number option;
+        const char* marker;
+    } kSwitches[] = { { Option::DetectAdspy, "ADSPY" }, { Option::DetectDial, "DIAL" }, { Option::DetectGame, "GAME" },
+        { Option::DetectJoke, "JOKE" }, { Option::DetectPck, "PCK" }, { Option::DetectPhish, "PHISH" },
+        { Option::DetectSpr, "SPR" } };
     static const char* kKinds[] = { "Adware", "Dialer", "Game", "Joke", "Packer", "Phishing", "Tool" };
     QByteArray all;
     for (const auto& sw : kSwitches)
-        all += "<" + puaMarker(sw[1]) + ">\n";
+        all += "<" + puaMarker(sw.marker) + ">\n";
     ASSERT_TRUE(writeFile(path("pua.txt"), all));
 
     EngineScan s = scanWithEngine(path("pua.txt"));
@@ -151,19 +156,20 @@ TEST_F(Engine, CategorySwitchOffDropsExactlyThatCategory)
         EXPECT_TRUE(containsAlert(s, QString("|%1:Win.VmkTest-1|").arg(k))) << k;
 
     engine::EngineValue before;
-    engine::getvalue(55, &before);
+    engine::getvalue(engine::EngineValue::SignatureCount, &before);
     const int countAll = QByteArray(before.TextPtr, before.TextLen).toInt();
 
     for (int i = 0; i < 7; ++i) {
-        set(QByteArray(kSwitches[i][0]).toInt(), "0");
+        set(kSwitches[i].option, "0");
         s = scanWithEngine(path("pua.txt"));
-        EXPECT_EQ(s.count, 6) << kSwitches[i][0];
+        EXPECT_EQ(s.count, 6) << kSwitches[i].marker;
         for (int j = 0; j < 7; ++j)
-            EXPECT_EQ(containsAlert(s, QString("|%1:").arg(kKinds[j])), j != i) << kSwitches[i][0] << " " << kKinds[j];
+            EXPECT_EQ(containsAlert(s, QString("|%1:").arg(kKinds[j])), j != i)
+                << kSwitches[i].marker << " " << kKinds[j];
         engine::EngineValue v;
-        engine::getvalue(55, &v);
+        engine::getvalue(engine::EngineValue::SignatureCount, &v);
         EXPECT_EQ(QByteArray(v.TextPtr, v.TextLen).toInt(), countAll - 1);
-        set(QByteArray(kSwitches[i][0]).toInt(), "1");
+        set(kSwitches[i].option, "1");
     }
     EXPECT_EQ(scanWithEngine(path("pua.txt")).count, 7);
 }
@@ -171,26 +177,26 @@ TEST_F(Engine, CategorySwitchOffDropsExactlyThatCategory)
 TEST_F(Engine, ExceededLimitsAreHeuristicAlertsWhenHeuristicsAreOn)
 {
     ASSERT_TRUE(writeFile(path("big.bin"), eicar() + QByteArray(8192, 'a')));
-    set(4, "4K");
-    set(10, "1");
+    set(engine::Option::ArchiveMaxSize, "4K");
+    set(engine::Option::HeurLevel, "1");
     EngineScan s = scanWithEngine(path("big.bin"));
     EXPECT_EQ(str(s.alerts), str(QStringList { path("big.bin") + "|Heuristics:Limits.Exceeded.MaxFileSize|0" }));
     // Heuristics off: libclamav lets the file pass, as it documents.
-    set(10, "0");
+    set(engine::Option::HeurLevel, "0");
     s = scanWithEngine(path("big.bin"));
     EXPECT_EQ(s.code, 0);
     EXPECT_EQ(s.count, 0);
-    set(4, "0");
+    set(engine::Option::ArchiveMaxSize, "0");
     s = scanWithEngine(path("big.bin"));
     EXPECT_EQ(str(s.alerts), str(QStringList { path("big.bin") + "|Test:Vmk.Eicar-1|0" }));
 
     // Recursion: the 8-level nested archive is cut at level 3 and says so.
-    set(10, "1");
-    set(5, "3");
+    set(engine::Option::HeurLevel, "1");
+    set(engine::Option::ArchiveMaxRec, "3");
     s = scanWithEngine(kTestFiles + "/clam_cache_emax.tgz");
     EXPECT_FALSE(containsAlert(s, "ClamExe")) << qPrintable(s.alerts.join("; "));
     EXPECT_TRUE(containsAlert(s, "|Heuristics:Limits.Exceeded.MaxRecursion|")) << qPrintable(s.alerts.join("; "));
-    set(5, "0");
+    set(engine::Option::ArchiveMaxRec, "0");
     s = scanWithEngine(kTestFiles + "/clam_cache_emax.tgz");
     EXPECT_TRUE(containsAlert(s, "clam08.tgz --> clam.exe|Test:Vmk.ClamExe-1|0")) << qPrintable(s.alerts.join("; "));
 }
@@ -217,11 +223,11 @@ TEST_F(Engine, RepairRemovesInfectedZipMembersAndKeepsTheOthersByteIdentical)
     }
     EXPECT_EQ(zipRawMembers(zip), rawBefore);
 
-    set(13, "1");
+    set(engine::Option::Repair, "1");
     s = scanWithEngine(zip);
     EXPECT_EQ(s.code, 0);
     EXPECT_GE(s.count, 2);
-    set(13, "0");
+    set(engine::Option::Repair, "0");
 
     const auto rawAfter = zipRawMembers(zip);
     EXPECT_EQ(rawAfter.keys(), (QList<QByteArray> { "a.txt", "stored.bin", "sub/note.txt" }));
@@ -234,9 +240,9 @@ TEST_F(Engine, RepairRemovesInfectedZipMembersAndKeepsTheOthersByteIdentical)
 
     // A plain infected file is not repairable and is left alone.
     ASSERT_TRUE(writeFile(path("eicar.com"), eicar()));
-    set(13, "1");
+    set(engine::Option::Repair, "1");
     s = scanWithEngine(path("eicar.com"));
-    set(13, "0");
+    set(engine::Option::Repair, "0");
     ASSERT_EQ(s.count, 2);
     for (const QString& a : s.alerts)
         EXPECT_TRUE(a.endsWith("|0"));
@@ -309,8 +315,8 @@ TEST(EngineLoad, ValuesDescribeTheLoadedSetAndContainersMixWithLooseFiles)
 {
     ASSERT_EQ(loadBuiltEngine(), 0);
     engine::EngineValue v52, v55;
-    engine::getvalue(52, &v52);
-    engine::getvalue(55, &v55);
+    engine::getvalue(engine::EngineValue::SignatureVersion, &v52);
+    engine::getvalue(engine::EngineValue::SignatureCount, &v55);
     EXPECT_TRUE(QByteArray(v52.TextPtr, v52.TextLen).startsWith("vormak 1 (")) << v52.TextPtr;
     EXPECT_EQ(QByteArray(v55.TextPtr, v55.TextLen), "11");
     engine::UnLoadEngine();
@@ -321,8 +327,8 @@ TEST(EngineLoad, ValuesDescribeTheLoadedSetAndContainersMixWithLooseFiles)
     ASSERT_TRUE(writeFile(dir.filePath("extra.ndb"), "Vmk.Test.Extra-1:0:*:564d4b2d4558545241\n"));
     engine::EngineService::instance().setSignatureFolder(dir.path());
     ASSERT_EQ(engine::LoadEngine(), 0);
-    engine::getvalue(52, &v52);
-    engine::getvalue(55, &v55);
+    engine::getvalue(engine::EngineValue::SignatureVersion, &v52);
+    engine::getvalue(engine::EngineValue::SignatureCount, &v55);
     EXPECT_EQ(QByteArray(v55.TextPtr, v55.TextLen), "12");
     EXPECT_TRUE(QByteArray(v52.TextPtr, v52.TextLen).endsWith(", local")) << v52.TextPtr;
     ASSERT_TRUE(writeFile(dir.filePath("x.bin"), "..VMK-EXTRA.."));
@@ -336,7 +342,7 @@ TEST(EngineLoad, ARestartRunsOnBuiltInOptions)
     ASSERT_EQ(loadBuiltEngine(), 0);
     QTemporaryDir dir;
     ASSERT_TRUE(makeZip(dir.filePath("z.zip"), { { "clam.exe", clamExe() } }));
-    engine::setvalue(3, "0");
+    engine::setvalue(engine::Option::ArchiveScan, "0");
     EXPECT_EQ(scanWithEngine(dir.filePath("z.zip")).count, 0);
     engine::UnLoadEngine();
     ASSERT_EQ(engine::LoadEngine(), 0);

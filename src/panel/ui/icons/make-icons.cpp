@@ -27,6 +27,19 @@ QPen pen(qreal w, QColor c = Qt::white)
     return p;
 }
 
+// A two-colour ramp from the origin to `end`.
+QLinearGradient ramp(QPointF end, QColor from, QColor to)
+{
+    QLinearGradient g(QPointF(0, 0), end);
+    g.setColorAt(0, from);
+    g.setColorAt(1, to);
+    return g;
+}
+
+// The deep teal of the splash and of the panel's title band.
+const QColor kTealFrom(0x12, 0x2a, 0x3a);
+const QColor kTealTo(0x0b, 0x4d, 0x5c);
+
 // A glyph is drawn in a 72x72 box, in white, by strokes and fills.
 void folder(QPainter& p)
 {
@@ -263,10 +276,7 @@ QImage splash()
     QImage img(420, 240, QImage::Format_ARGB32_Premultiplied);
     QPainter p(&img);
     p.setRenderHint(QPainter::Antialiasing);
-    QLinearGradient g(QPointF(0, 0), QPointF(420, 240));
-    g.setColorAt(0, QColor(0x12, 0x2a, 0x3a));
-    g.setColorAt(1, QColor(0x0b, 0x4d, 0x5c));
-    p.fillRect(img.rect(), g);
+    p.fillRect(img.rect(), ramp(QPointF(420, 240), kTealFrom, kTealTo));
     // Faint rings behind the shield.
     for (int i = 0; i < 6; ++i) {
         p.setPen(QPen(QColor(255, 255, 255, 14 + i * 3), 2));
@@ -292,14 +302,8 @@ QImage background()
     QImage img(640, 460, QImage::Format_ARGB32_Premultiplied);
     QPainter p(&img);
     p.setRenderHint(QPainter::Antialiasing);
-    QLinearGradient g(QPointF(0, 0), QPointF(0, 460));
-    g.setColorAt(0, QColor(0xee, 0xf3, 0xf7));
-    g.setColorAt(1, QColor(0xd9, 0xe3, 0xeb));
-    p.fillRect(img.rect(), g);
-    QLinearGradient band(QPointF(0, 0), QPointF(640, 0));
-    band.setColorAt(0, QColor(0x12, 0x2a, 0x3a));
-    band.setColorAt(1, QColor(0x0b, 0x4d, 0x5c));
-    p.fillRect(QRectF(0, 0, 640, 58), band);
+    p.fillRect(img.rect(), ramp(QPointF(0, 460), QColor(0xee, 0xf3, 0xf7), QColor(0xd9, 0xe3, 0xeb)));
+    p.fillRect(QRectF(0, 0, 640, 58), ramp(QPointF(640, 0), kTealFrom, kTealTo));
     p.setPen(QPen(QColor(0x2f, 0xb5, 0x8a), 3));
     p.drawLine(QPointF(0, 58.5), QPointF(640, 58.5));
     // The card under the space figures and the card under the signature data.
