@@ -27,6 +27,12 @@ bool TargetFile::rewrite(qint64 pos, const char* data, qint64 len)
     return m_temp.seek(pos) && m_temp.write(data, len) == len && m_temp.seek(end);
 }
 
+CipherError TargetFile::failure() const
+{
+    // Qt reports a write that ran out of room (ENOSPC) as a resource error.
+    return m_temp.error() == QFileDevice::ResourceError ? CipherError::DiskFull : CipherError::TargetUnwritable;
+}
+
 bool TargetFile::commit()
 {
     if (!m_temp.isOpen() || !m_temp.flush())

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "components/cipher/CipherError.h"
+
 #include <QFile>
 #include <QString>
 #include <QTemporaryFile>
@@ -22,6 +24,8 @@ public:
     // back to the end.
     bool rewrite(qint64 pos, const char* data, qint64 len);
     bool commit();
+    // Why a write, rewrite or commit failed: a full disk, or any other failure.
+    CipherError failure() const;
 
 private:
     QString m_target;

@@ -649,9 +649,12 @@ int ZipArchiver::copyToDestination(const QString& tempPath)
     QByteArray block;
     if (m_events.writeProgress)
         m_events.writeProgress(percent(0, size == 0 ? 1 : size));
+    // Qt reports a write that ran out of room (ENOSPC) as a resource error.
+    const auto failure
+        = [&out] { return out.error() == QFileDevice::ResourceError ? ZipDestinationFull : ZipDestinationFailed; };
     while (!(block = in.read(kCopyBlock)).isEmpty()) {
         if (out.write(block) != block.size())
-            return ZipDestinationFailed;
+            return failure();
         written += block.size();
         vmk::DoEvents();
         if (m_abort) {
@@ -662,7 +665,7 @@ int ZipArchiver::copyToDestination(const QString& tempPath)
             m_events.writeProgress(percent(written, size));
     }
     if (!out.commit())
-        return ZipDestinationFailed;
+        return failure();
     if (m_events.writeProgress)
         m_events.writeProgress(100);
     return ZipOk;
