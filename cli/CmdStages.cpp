@@ -137,7 +137,8 @@ int compress(const QStringList& args)
     int skipped = 0;
     zip.events().skippingFile = [&skipped](const QString& name, int reason) {
         ++skipped;
-        warn(QStringLiteral("compress"), CliFailure::line(name, ErrorWords::zipSkip(reason), reason));
+        warn(QStringLiteral("compress"),
+            CliFailure::line(vmk::DriveMap::instance().nativeOfArgument(name), ErrorWords::zipSkip(reason), reason));
     };
     const int result = zip.compress();
     if (result != 0)

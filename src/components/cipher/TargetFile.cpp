@@ -1,5 +1,6 @@
 #include "components/cipher/TargetFile.h"
 
+#include "platform/DriveFigures.h"
 #include "platform/FileReplace.h"
 
 #include <QFileInfo>
@@ -29,8 +30,8 @@ bool TargetFile::rewrite(qint64 pos, const char* data, qint64 len)
 
 CipherError TargetFile::failure() const
 {
-    // Qt reports a write that ran out of room (ENOSPC) as a resource error.
-    return m_temp.error() == QFileDevice::ResourceError ? CipherError::DiskFull : CipherError::TargetUnwritable;
+    return DriveFigures::wasFull(QFileInfo(m_target).absolutePath(), m_lastWrite) ? CipherError::DiskFull
+                                                                                  : CipherError::TargetUnwritable;
 }
 
 bool TargetFile::commit()

@@ -19,7 +19,11 @@ class TargetFile
 public:
     explicit TargetFile(const QString& target);
     bool open();
-    qint64 write(const char* data, qint64 len) { return m_temp.write(data, len); }
+    qint64 write(const char* data, qint64 len)
+    {
+        m_lastWrite = len;
+        return m_temp.write(data, len);
+    }
     // Overwrites bytes already written (a header known only at the end) and goes
     // back to the end.
     bool rewrite(qint64 pos, const char* data, qint64 len);
@@ -30,6 +34,7 @@ public:
 private:
     QString m_target;
     QTemporaryFile m_temp;
+    qint64 m_lastWrite = 0;
 };
 
 } // namespace vmk::cipher

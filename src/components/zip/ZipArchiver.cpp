@@ -4,6 +4,7 @@
 #include "components/zip/FileMask.h"
 #include "components/zip/ZipCodes.h"
 #include "components/zip/ZipPaths.h"
+#include "platform/DriveFigures.h"
 #include "platform/FileSearch.h"
 #include "platform/Pump.h"
 
@@ -649,9 +650,10 @@ int ZipArchiver::copyToDestination(const QString& tempPath)
     QByteArray block;
     if (m_events.writeProgress)
         m_events.writeProgress(percent(0, size == 0 ? 1 : size));
-    // Qt reports a write that ran out of room (ENOSPC) as a resource error.
-    const auto failure
-        = [&out] { return out.error() == QFileDevice::ResourceError ? ZipDestinationFull : ZipDestinationFailed; };
+    const QString destinationFolder = QFileInfo(ZipPaths::toNative(m_archiveName)).absolutePath();
+    const auto failure = [&destinationFolder] {
+        return DriveFigures::wasFull(destinationFolder, kCopyBlock) ? ZipDestinationFull : ZipDestinationFailed;
+    };
     while (!(block = in.read(kCopyBlock)).isEmpty()) {
         if (out.write(block) != block.size())
             return failure();
