@@ -92,7 +92,7 @@ int settingsCommand(const QStringList& args)
         const QString folder = vmk::G().ProgramDrive + value;
         if (key.endsWith(QLatin1String("Folder")) && !vmk::FileExists(folder))
             std::fprintf(stderr, "vmk settings: %s\n",
-                CliFailure::line(key + QStringLiteral(": ") + folder, QStringLiteral("la carpeta no existe"))
+                CliFailure::line(key + QStringLiteral(": ") + folder, QStringLiteral("no existe"))
                     .toUtf8()
                     .constData());
     }

@@ -24,7 +24,7 @@ QString cipher(int cipherError)
     case CipherError::WrongPassPhrase:
         return QStringLiteral("la contraseña no es la correcta (o la cabecera del archivo está dañada)");
     case CipherError::DamagedData:
-        return QStringLiteral("el archivo está dañado: sus datos no superan la comprobación");
+        return QStringLiteral("el archivo está dañado o cortado: sus datos no superan la comprobación");
     case CipherError::Truncated:
         return QStringLiteral("el archivo está incompleto: termina antes de tiempo");
     case CipherError::DiskFull:
