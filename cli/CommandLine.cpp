@@ -63,28 +63,34 @@ QString CommandLine::hostPath(const QString& arg, PathUse use)
         if (native.isEmpty())
             throw CliFailure(arg, QStringLiteral("no existe esa unidad"));
     }
-    const QString absolute = QDir::cleanPath(QFileInfo(native).absoluteFilePath());
-    if (use == PathUse::Read) {
-        const QString canonical = QFileInfo(absolute).canonicalFilePath();
-        if (!canonical.isEmpty())
-            return canonical;
+    // Resolved one name at a time: "link/.." is the folder above the link's
+    // target, as the filesystem sees it, not the folder that holds the link.
+    // (QFileInfo::absoluteFilePath would fold the ".." away by text.)
+    const QString absolute = native.startsWith(u'/') ? native : QDir::currentPath() + u'/' + native;
+    const QStringList names = absolute.split(u'/', Qt::SkipEmptyParts);
+    QString path = QStringLiteral("/");
+    bool resolving = true;
+    for (qsizetype i = 0; i < names.size(); ++i) {
+        const QString& name = names.at(i);
+        if (name == QLatin1String("."))
+            continue;
+        if (name == QLatin1String("..")) {
+            path = QFileInfo(path).path();
+            continue;
+        }
+        const QString next = path == QLatin1String("/") ? u'/' + name : path + u'/' + name;
+        const bool lastToWrite = use == PathUse::Write && i == names.size() - 1;
+        if (resolving && !lastToWrite) {
+            const QString real = QFileInfo(next).canonicalFilePath();
+            if (!real.isEmpty()) {
+                path = real;
+                continue;
+            }
+            resolving = false; // the names after a missing one stay as written
+        }
+        path = next;
     }
-    // The longest part that exists is resolved; the names after it stay as written.
-    QString head = absolute;
-    QString tail;
-    if (use == PathUse::Write && head != QLatin1String("/")) {
-        tail = u'/' + QFileInfo(head).fileName();
-        head = QFileInfo(head).path();
-    }
-    QString resolved = QFileInfo(head).canonicalFilePath();
-    while (resolved.isEmpty() && head != QLatin1String("/")) {
-        tail.prepend(u'/' + QFileInfo(head).fileName());
-        head = QFileInfo(head).path();
-        resolved = QFileInfo(head).canonicalFilePath();
-    }
-    if (tail.isEmpty())
-        return resolved;
-    return resolved == QLatin1String("/") ? tail : resolved + tail;
+    return path;
 }
 
 QString CommandLine::inputFile(const QString& arg)
