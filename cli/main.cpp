@@ -82,8 +82,8 @@ int main(int argc, char** argv)
         print(stderr, QStringLiteral("vmk: ") + CliFailure::line(name, QStringLiteral("orden desconocida")) + u'\n');
         return printUsage(stderr);
     }
-    const QStringList options
-        = args.mid(0, args.indexOf(QStringLiteral("--")) < 0 ? -1 : args.indexOf(QStringLiteral("--")));
+    // --help counts among the options, not after "--" (mid takes all when there is no "--").
+    const QStringList options = args.mid(0, args.indexOf(QStringLiteral("--")));
     if (options.contains(QStringLiteral("--help")) || options.contains(QStringLiteral("-h")))
         return printCommandHelp(it->first, it->second);
     try {
