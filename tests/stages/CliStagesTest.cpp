@@ -217,6 +217,34 @@ TEST(VmkStages, CompressTakesWholeFoldersUnderTheirNames)
     ASSERT_EQ(r.code, 0) << r.err.toStdString();
     EXPECT_EQ(readFile(dir.filePath("back/sub/año/b.txt")), textOf(2000));
 
+    // A file in the tree that cannot be read is named with the reason; the rest goes in.
+    ASSERT_TRUE(writeFile(tree + "/sub/secreto.txt", "x"));
+    ASSERT_TRUE(QFile::setPermissions(tree + "/sub/secreto.txt", {}));
+    for (const QString& d : { dir.path(), tree, tree + "/sub" })
+        QFile::setPermissions(d, QFile::permissions(d) | QFile::ExeOther | QFile::ReadOther);
+    r = runVmk({ "compress", tree, dir.filePath("partial.zip") }, {}, true);
+    EXPECT_EQ(r.code, 2);
+    EXPECT_TRUE(says(r, "compress", tree + "/sub/secreto.txt", "no se puede leer", 113)) << r.err.toStdString();
+    EXPECT_EQ(zipEntries(dir.filePath("partial.zip")).size(), 3);
+
+    // An entry that would leave the target folder is named and left out.
+    QProcess py;
+    py.start("python3",
+        { "-c",
+            "import sys, zipfile\n"
+            "with zipfile.ZipFile(sys.argv[1], 'w') as z:\n"
+            "    z.writestr('bien.txt', 'ok')\n"
+            "    z.writestr('../fuera.txt', 'no')\n",
+            dir.filePath("evil.zip") });
+    ASSERT_TRUE(py.waitForFinished(60000) && py.exitCode() == 0);
+    r = runVmk({ "decompress", dir.filePath("evil.zip"), dir.filePath("evil") });
+    EXPECT_EQ(r.code, 1);
+    EXPECT_TRUE(r.err.contains("fuera.txt: su nombre saldría de la carpeta de destino (120)\n")) << r.err.toStdString();
+    EXPECT_TRUE(says(r, "decompress", dir.filePath("evil.zip"), "algunos archivos no se extrajeron", 7))
+        << r.err.toStdString();
+    EXPECT_TRUE(QFile::exists(dir.filePath("evil/bien.txt")));
+    EXPECT_FALSE(QFile::exists(dir.filePath("fuera.txt")));
+
     // A folder with nothing in it makes no archive.
     r = runVmk({ "compress", tree + "/empty", dir.filePath("none.zip") });
     EXPECT_EQ(r.code, 2);
