@@ -1,16 +1,17 @@
 // vmk seal / unseal / settings / drives: the foundation from a terminal.
 
+#include "CliFailure.h"
+#include "CommandLine.h"
 #include "CommandRegistry.h"
+#include "MessageCapture.h"
 
 #include "foundation/FileServices.h"
 #include "foundation/Globals.h"
 #include "foundation/LanguageFile.h"
-#include "foundation/Messages.h"
 #include "foundation/Settings.h"
 #include "foundation/StartUp.h"
 #include "platform/DriveMap.h"
 
-#include <QDir>
 #include <QFileInfo>
 
 #include <cstdio>
@@ -22,101 +23,88 @@ void printLine(const QString& text)
     std::fprintf(stdout, "%s\n", text.toUtf8().constData());
 }
 
-int fail(const QString& text, int code = 1)
-{
-    std::fprintf(stderr, "vmk: %s\n", text.toUtf8().constData());
-    return code;
-}
+const QList<CliOption> kFolderOptions { { QStringLiteral("--program-folder"), true },
+    { QStringLiteral("--device"), true } };
+const QString kFolderHelp = QStringLiteral(
+    "  --program-folder DIR  the program folder (default: the folder of vmk); a link is followed\n"
+    "  --device DIR          the folder that is the device (default: the mount that holds the program folder)");
 
-// Runs `work` and tells whether it showed a message (the seal operations report
-// their errors only that way); the message still reaches the console.
-template<typename Work> bool showedMessage(Work work)
-{
-    bool shown = false;
-    vmk::MessageAnswerer previous;
-    previous = vmk::SetMessageAnswerer([&](const QString& text, int kind) {
-        shown = true;
-        return previous ? previous(text, kind) : 0;
-    });
-    work();
-    vmk::SetMessageAnswerer(previous);
-    return shown;
-}
-
-// Takes "--program-folder DIR" and "--device DIR" out of args and applies them.
-// Returns an error text, or "" when all is well.
-QString applyFolderOptions(QStringList& args)
+// Applies "--program-folder DIR" and "--device DIR", each made canonical so a
+// folder reached through a link lies on its real drive.
+void applyFolderOptions(const CommandLine& cl)
 {
     vmk::DriveMap& map = vmk::DriveMap::instance();
-    for (qsizetype i = 0; i < args.size();) {
-        const QString opt = args[i];
-        if (opt != QLatin1String("--program-folder") && opt != QLatin1String("--device")) {
-            ++i;
-            continue;
-        }
-        if (i + 1 >= args.size())
-            return opt + QStringLiteral(" needs a folder");
-        const QFileInfo dir(args[i + 1]);
-        if (!dir.isDir())
-            return QStringLiteral("not a folder: ") + args[i + 1];
-        if (opt == QLatin1String("--device"))
-            map.setDeviceOverride(dir.absoluteFilePath());
-        else
-            map.setProgramFolder(dir.absoluteFilePath());
-        args.remove(i, 2);
-    }
+    if (cl.has(QStringLiteral("--device")))
+        map.setDeviceOverride(CommandLine::inputFolder(cl.value(QStringLiteral("--device"))));
+    if (cl.has(QStringLiteral("--program-folder")))
+        map.setProgramFolder(CommandLine::inputFolder(cl.value(QStringLiteral("--program-folder"))));
     vmk::G().ProgramFolder = map.logicalProgramFolder();
     vmk::SettleProgramDrive();
-    return {};
 }
 
 int sealCommand(const QStringList& args)
 {
-    if (args.size() != 1)
-        return fail(QStringLiteral("usage: vmk seal TEXT"), 2);
+    const CommandLine cl(args, {});
+    cl.expectOperands(1, 1, { QStringLiteral("TEXT") });
     QString hex;
-    if (showedMessage([&] { hex = vmk::SealValue(args[0]); }) || hex.isEmpty())
-        return 1;
+    {
+        const MessageCapture quiet;
+        hex = vmk::SealValue(cl.operands().at(0));
+    }
+    if (hex.isEmpty())
+        throw CliFailure(QString(), QStringLiteral("no se pudo usar la biblioteca de cifrado"), vmk::kSealErrorLibrary);
     printLine(hex);
     return 0;
 }
 
 int unsealCommand(const QStringList& args)
 {
-    if (args.size() != 1)
-        return fail(QStringLiteral("usage: vmk unseal HEX"), 2);
+    const CommandLine cl(args, {});
+    cl.expectOperands(1, 1, { QStringLiteral("HEX") });
     QString clear;
-    if (showedMessage([&] { clear = vmk::UnsealValue(args[0]); }))
-        return 1;
+    bool failed = false;
+    {
+        const MessageCapture quiet;
+        clear = vmk::UnsealValue(cl.operands().at(0));
+        failed = !quiet.texts().isEmpty();
+    }
+    if (failed)
+        throw CliFailure(cl.operands().at(0), QStringLiteral("el valor sellado está dañado o no es de este programa"),
+            vmk::kSealErrorDamaged, CliFailure::kRefused);
     printLine(clear);
     return 0;
 }
 
-int settingsCommand(const QStringList& given)
+// Prints every setting, then names each folder setting whose folder is missing
+// on the device, as the panel checks them at its start.
+int settingsCommand(const QStringList& args)
 {
-    QStringList args = given;
-    const QString error = applyFolderOptions(args);
-    if (!error.isEmpty())
-        return fail(error, 2);
-    if (!args.isEmpty())
-        return fail(QStringLiteral("usage: vmk settings [--program-folder DIR]"), 2);
+    const CommandLine cl(args, kFolderOptions);
+    cl.expectOperands(0, 0, {});
+    applyFolderOptions(cl);
     vmk::G().LanguageIndex = vmk::ReadLanguageFile(vmk::G().ProgramFolder, vmk::G().LanguageIndex);
     vmk::ReadSettings();
     if (!QFileInfo::exists(vmk::SettingsFilePath()))
-        return fail(QStringLiteral("cannot write ") + vmk::SettingsFilePath());
-    for (const auto& [key, value] : vmk::SettingsInDefaultOrder())
+        throw CliFailure(vmk::SettingsFilePath(), QStringLiteral("no se puede escribir"));
+    const auto settings = vmk::SettingsInDefaultOrder();
+    for (const auto& [key, value] : settings)
         printLine(key + u'=' + value);
+    for (const auto& [key, value] : settings) {
+        const QString folder = vmk::G().ProgramDrive + value;
+        if (key.endsWith(QLatin1String("Folder")) && !vmk::FileExists(folder))
+            std::fprintf(stderr, "vmk settings: %s\n",
+                CliFailure::line(key + QStringLiteral(": ") + folder, QStringLiteral("no existe"))
+                    .toUtf8()
+                    .constData());
+    }
     return 0;
 }
 
-int drivesCommand(const QStringList& given)
+int drivesCommand(const QStringList& args)
 {
-    QStringList args = given;
-    const QString error = applyFolderOptions(args);
-    if (!error.isEmpty())
-        return fail(error, 2);
-    if (!args.isEmpty())
-        return fail(QStringLiteral("usage: vmk drives [--program-folder DIR] [--device DIR]"), 2);
+    const CommandLine cl(args, kFolderOptions);
+    cl.expectOperands(0, 0, {});
+    applyFolderOptions(cl);
     for (const vmk::DriveInfo& d : vmk::DriveMap::instance().drives()) {
         const QString free = vmk::DriveFreeMB(d.drive());
         const QString total = vmk::DriveTotalMB(d.drive());
@@ -130,12 +118,18 @@ int drivesCommand(const QStringList& given)
     return 0;
 }
 
-CommandRegistry::Registrar sealReg(
-    "seal", "seal TEXT                      sealed hexadecimal of a settings value", sealCommand);
-CommandRegistry::Registrar unsealReg(
-    "unseal", "unseal HEX                     clear text of a sealed value", unsealCommand);
-CommandRegistry::Registrar settingsReg(
-    "settings", "settings [--program-folder DIR]  every setting of VMK.cnf as key=value", settingsCommand);
-CommandRegistry::Registrar drivesReg(
-    "drives", "drives [--program-folder DIR] [--device DIR]  the drive letters and their space", drivesCommand);
+CommandRegistry::Registrar sealReg("seal",
+    { QStringLiteral("seal TEXT"), QStringLiteral("the sealed hexadecimal form of a settings value"), QString(),
+        sealCommand });
+CommandRegistry::Registrar unsealReg("unseal",
+    { QStringLiteral("unseal HEX"), QStringLiteral("the clear text of a sealed value"), QString(), unsealCommand });
+CommandRegistry::Registrar settingsReg("settings",
+    { QStringLiteral("settings [--program-folder DIR] [--device DIR]"),
+        QStringLiteral("every setting of VMK.cnf as key=value (written with defaults if missing)"),
+        kFolderHelp
+            + QStringLiteral("\n  A folder setting whose folder is missing on the device is named on standard error."),
+        settingsCommand });
+CommandRegistry::Registrar drivesReg("drives",
+    { QStringLiteral("drives [--program-folder DIR] [--device DIR]"),
+        QStringLiteral("the drive letters, their folders and their space"), kFolderHelp, drivesCommand });
 } // namespace

@@ -1,8 +1,12 @@
 // vmk scan / update / engine: the scan engine from a terminal, through the same
 // binding the program uses.
+#include "CliFailure.h"
+#include "CommandLine.h"
 #include "CommandRegistry.h"
+#include "ErrorWords.h"
 
 #include "components/engine/Engine.h"
+#include "components/engine/EngineCode.h"
 #include "components/engine/EngineService.h"
 #include "components/engine/EngineSession.h"
 #include "foundation/Globals.h"
@@ -51,22 +55,22 @@ QString programFolder()
     return QCoreApplication::applicationDirPath();
 }
 
-QString takeValue(QStringList& args, int i, const QString& option)
+// Loads the engine from --db DIR or the sigs folder beside vmk; a failure names
+// the signature folder and says what is wrong with it.
+void loadEngine(const QString& dbArg)
 {
-    if (i + 1 >= args.size())
-        throw std::runtime_error(QString("%1 needs a value").arg(option).toStdString());
-    return args.at(i + 1);
-}
-
-// Loads the engine from --db DIR or the sigs folder beside vmk.
-int loadEngine(const QString& db)
-{
-    vmk::engine::EngineService::instance().setSignatureFolder(
-        db.isEmpty() ? QDir(programFolder()).filePath("sigs") : QDir(db).absolutePath());
+    const QString folder
+        = dbArg.isEmpty() ? QDir(programFolder()).filePath(QStringLiteral("sigs")) : CommandLine::hostPath(dbArg);
+    const QString named = dbArg.isEmpty() ? folder : dbArg;
+    vmk::engine::EngineService::instance().setSignatureFolder(folder);
     const int code = vmk::engine::LoadEngine();
-    if (code != 0)
-        std::fprintf(stderr, "vmk: the engine did not start (%d)\n", code);
-    return code;
+    if (code == 0)
+        return;
+    if (code == vmk::engine::SignaturesMissing && !QFileInfo(folder).isDir())
+        throw CliFailure(named, QStringLiteral("no existe la carpeta de firmas"), code);
+    if (code == vmk::engine::TempFolderUnusable)
+        throw CliFailure(QDir::tempPath(), ErrorWords::engine(code), code);
+    throw CliFailure(named, ErrorWords::engine(code), code);
 }
 
 struct Counters {
@@ -78,7 +82,7 @@ void report(const QString& path, const vmk::FileScanResult& r, Counters& c)
     ++c.scanned;
     if (!r.processed()) {
         ++c.errors;
-        out(path + ": " + vmk::NotProcessedText(r.ReturnCode));
+        out(CliFailure::line(path, ErrorWords::engine(r.ReturnCode), r.ReturnCode));
     } else if (!r.infected()) {
         ++c.clean;
         out(path + ": OK");
@@ -125,49 +129,28 @@ void scanParallel(const QStringList& files, int jobs, Counters& c)
         w.join();
 }
 
-int runScan(const QStringList& argsIn)
+int runScan(const QStringList& args)
 {
-    QStringList args = argsIn;
-    QString db;
-    bool noArchive = false;
-    int jobs = 1;
-    QStringList targets;
-    for (int i = 0; i < args.size(); ++i) {
-        const QString& a = args.at(i);
-        if (a == "--db") {
-            db = takeValue(args, i++, a);
-        } else if (a == "--no-archive") {
-            noArchive = true;
-        } else if (a == "--jobs") {
-            bool ok = false;
-            jobs = takeValue(args, i++, a).toInt(&ok);
-            if (!ok || jobs < 1 || jobs > 64) {
-                std::fprintf(stderr, "vmk scan: --jobs takes a number from 1 to 64\n");
-                return 2;
-            }
-        } else if (a.startsWith("--")) {
-            std::fprintf(stderr, "vmk scan: unknown option %s\n", a.toUtf8().constData());
-            return 2;
-        } else {
-            targets << a;
-        }
-    }
-    if (targets.isEmpty()) {
-        std::fprintf(stderr, "usage: vmk scan [--db DIR] [--no-archive] [--jobs N] PATH...\n");
-        return 2;
-    }
-    if (loadEngine(db) != 0)
-        return 2;
-    if (noArchive)
+    const CommandLine cl(args,
+        { { QStringLiteral("--db"), true }, { QStringLiteral("--no-archive"), false },
+            { QStringLiteral("--jobs"), true } });
+    cl.expectOperands(1, -1, { QStringLiteral("PATH") });
+    bool ok = false;
+    const int jobs = cl.value(QStringLiteral("--jobs"), QStringLiteral("1")).toInt(&ok);
+    if (!ok || jobs < 1 || jobs > 64)
+        throw CliFailure::usage(
+            QStringLiteral("--jobs ") + cl.value(QStringLiteral("--jobs")), QStringLiteral("valor no válido"));
+    loadEngine(cl.value(QStringLiteral("--db")));
+    if (cl.has(QStringLiteral("--no-archive")))
         vmk::engine::setvalue(vmk::engine::Option::ArchiveScan, "0");
 
     QStringList files;
-    for (const QString& t : targets) {
-        const QFileInfo fi(t);
-        if (fi.isDir() && !fi.isSymLink())
-            walk(QDir::cleanPath(t), files);
+    for (const QString& t : cl.operands()) {
+        const QString path = CommandLine::hostPath(t);
+        if (QFileInfo(path).isDir())
+            walk(path, files);
         else
-            files << t; // a missing path is reported by the engine's own code
+            files << path; // a missing path is reported by the engine's own code
     }
 
     Counters c;
@@ -191,12 +174,9 @@ int runScan(const QStringList& argsIn)
 
 int runEngine(const QStringList& args)
 {
-    QString db;
-    for (int i = 0; i < args.size(); ++i)
-        if (args.at(i) == "--db")
-            db = args.value(++i);
-    if (loadEngine(db) != 0)
-        return 2;
+    const CommandLine cl(args, { { QStringLiteral("--db"), true } });
+    cl.expectOperands(0, 0, {});
+    loadEngine(cl.value(QStringLiteral("--db")));
     vmk::engine::EngineValue v52, v55;
     vmk::engine::getvalue(vmk::engine::EngineValue::SignatureVersion, &v52);
     vmk::engine::getvalue(vmk::engine::EngineValue::SignatureCount, &v55);
@@ -210,23 +190,18 @@ int runEngine(const QStringList& args)
 // on the device's root, same verdict) and prints the verdict.
 int runUpdate(const QStringList& args)
 {
-    if (!args.isEmpty()) {
-        std::fprintf(stderr, "usage: vmk update\n");
-        return 2;
-    }
+    const CommandLine cl(args, {});
+    cl.expectOperands(0, 0, {});
     const vmk::DriveMap& map = vmk::DriveMap::instance();
     vmk::G().ProgramFolder = map.logicalProgramFolder();
-    vmk::SettleProgramDrive();
-    if (vmk::G().ProgramDrive.isEmpty()) {
-        std::fprintf(stderr, "vmk update: the program folder has no drive letter\n");
-        return 2;
-    }
+    vmk::G().ProgramDrive = vmk::G().ProgramFolder.left(2);
+    if (vmk::G().ProgramDrive.isEmpty())
+        throw CliFailure(map.programFolder(), QStringLiteral("la carpeta del programa no tiene letra de unidad"));
     const vmk::panel::UpdateVerdict verdict = vmk::panel::ControlPanel().RunUpdater();
     const QString log = map.toNative(vmk::panel::SignatureUpdate::LogPath(vmk::G().ProgramDrive));
     switch (verdict) {
     case vmk::panel::UpdateVerdict::LogMissing:
-        std::fprintf(stderr, "vmk update: avupdate.exe left no log at %s\n", log.toUtf8().constData());
-        return 2;
+        throw CliFailure(log, QStringLiteral("avupdate.exe no dejó su registro"));
     case vmk::panel::UpdateVerdict::Finished:
         out(vmk::panel::SignatureUpdate::ReadLastLine(log, nullptr));
         out("Signatures updated.");
@@ -246,8 +221,22 @@ int runUpdate(const QStringList& args)
     return 2;
 }
 
-CommandRegistry::Registrar scanCmd("scan", "scan [--db DIR] [--no-archive] [--jobs N] PATH...", runScan);
-CommandRegistry::Registrar engineCmd("engine", "engine [--db DIR]   (signature set and count)", runEngine);
-CommandRegistry::Registrar updateCmd("update", "update   (runs avupdate.exe beside vmk as the panel does)", runUpdate);
+CommandRegistry::Registrar scanCmd("scan",
+    { QStringLiteral("scan [--db DIR] [--no-archive] [--jobs N] PATH..."),
+        QStringLiteral("scan files and folders (whole trees) for threats"),
+        QStringLiteral("  PATH            a file, or a folder walked depth-first (links to folders are not entered)\n"
+                       "  --db DIR        the signature folder (default: sigs beside vmk)\n"
+                       "  --no-archive    do not look inside archives\n"
+                       "  --jobs N        scan with N threads (1 to 64); the report keeps the walk's order\n"
+                       "  Each file gets a line: OK, the threat and FOUND, or why it was not scanned."),
+        runScan });
+CommandRegistry::Registrar engineCmd("engine",
+    { QStringLiteral("engine [--db DIR]"), QStringLiteral("the signature set's version and count (values 52 and 55)"),
+        QStringLiteral("  --db DIR        the signature folder (default: sigs beside vmk)"), runEngine });
+CommandRegistry::Registrar updateCmd("update",
+    { QStringLiteral("update"), QStringLiteral("update the signatures with avupdate.exe, as the panel does"),
+        QStringLiteral("  Runs avupdate.exe beside vmk; its log UPDLOG.TXT goes to the device's root.\n"
+                       "  Exit code 1 when the update failed."),
+        runUpdate });
 
 } // namespace

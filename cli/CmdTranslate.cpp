@@ -1,3 +1,5 @@
+#include "CliFailure.h"
+#include "CommandLine.h"
 #include "CommandRegistry.h"
 
 #include "foundation/Globals.h"
@@ -12,18 +14,13 @@ namespace
 // A literal \r\n in TEXT stands for the line break that some messages hold.
 int runTranslate(const QStringList& args)
 {
-    if (args.size() < 2) {
-        std::fprintf(stderr, "usage: vmk translate LANG TEXT\n");
-        return 2;
-    }
+    const CommandLine cl(args, {});
+    cl.expectOperands(2, -1, { QStringLiteral("LANG"), QStringLiteral("TEXT") });
     bool ok = false;
-    const int language = args.at(0).toInt(&ok);
-    if (!ok || language < 0 || language > 6) {
-        std::fprintf(stderr, "vmk translate: LANG must be a language index from 0 to 6, not '%s'\n",
-            args.at(0).toUtf8().constData());
-        return 2;
-    }
-    QString text = args.mid(1).join(u' ');
+    const int language = cl.operands().at(0).toInt(&ok);
+    if (!ok || language < 0 || language > 6)
+        throw CliFailure::usage(cl.operands().at(0), QStringLiteral("valor no válido"));
+    QString text = cl.operands().mid(1).join(u' ');
     text.replace(QStringLiteral("\\r\\n"), QStringLiteral("\r\n"));
     vmk::G().LanguageIndex = language;
     const QString result = vmk::Translate(text);
@@ -31,7 +28,10 @@ int runTranslate(const QStringList& args)
     return 0;
 }
 
-const CommandRegistry::Registrar registrar(
-    "translate", "translate LANG TEXT   the text in language LANG (0-6)", runTranslate);
+const CommandRegistry::Registrar registrar("translate",
+    { QStringLiteral("translate LANG TEXT"), QStringLiteral("a text of the program in language LANG"),
+        QStringLiteral("  LANG   0 Spanish, 1 English, 2 German, 3 Portuguese, 4 French, 5 Italian, 6 Chinese\n"
+                       "  TEXT   the Spanish text; \\r\\n stands for a line break"),
+        runTranslate });
 
 } // namespace

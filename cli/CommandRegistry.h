@@ -9,7 +9,9 @@
 // The commands of vmk. Each Cmd*.cpp file registers its commands with a static
 // Registrar, so a new command needs no edit elsewhere.
 struct CliCommand {
-    QString usage; // one line for the help text
+    QString synopsis; // "compress [--method deflate|bzip2] SOURCE... ARCHIVE", without "vmk "
+    QString summary; // one line for the list of commands
+    QString details; // operands and options, for "vmk COMMAND --help"
     std::function<int(const QStringList& args)> run; // args after the command name; returns the exit code
 };
 
@@ -19,6 +21,6 @@ public:
     static std::map<QString, CliCommand>& commands();
 
     struct Registrar {
-        Registrar(const QString& name, const QString& usage, std::function<int(const QStringList&)> run);
+        Registrar(const QString& name, CliCommand command);
     };
 };

@@ -96,7 +96,7 @@ bool CompressFile(const QString& source, const QString& archive, zip::ZipArchive
     return result == 0;
 }
 
-bool DecompressFile(const QString& archive, const QString& targetFolder, zip::ZipArchiver& zipControl)
+bool DecompressFile(const QString& archive, const QString& targetFolder, zip::ZipArchiver& zipControl, int* error)
 {
     attachStageHandlers(zipControl);
     zipControl.setArchiveName(archive);
@@ -108,6 +108,8 @@ bool DecompressFile(const QString& archive, const QString& targetFolder, zip::Zi
     // the mask, which makes it harmless.
     zipControl.addFileToProcess(QStringLiteral("*"));
     const int result = zipControl.extract();
+    if (error)
+        *error = result;
     if (result != 0)
         ShowMessage(Translate("¡Error de descompresión!") + " (" + QString::number(result) + ")", 0);
     return result == 0;
@@ -132,27 +134,37 @@ bool SetupEncryptor(cipher::Encryptor& encryption)
     return true;
 }
 
-bool EncryptFile(const QString& source, const QString& target)
+bool EncryptFile(const QString& source, const QString& target, int* error)
 {
     resetSetup();
     cipher::Encryptor encryption;
-    if (!SetupEncryptor(encryption))
+    if (!SetupEncryptor(encryption)) {
+        if (error)
+            *error = encryption.lastError();
         return false;
+    }
     encryption.setProgress(stageProgress());
     const int err = encryption.encryptFile(hostPath(source), hostPath(target));
+    if (error)
+        *error = err;
     if (err != 0)
         ShowMessage(Translate("¡Error de encriptado!") + " (" + QString::number(err) + ")" + "\n" + source, 0);
     return err == 0;
 }
 
-bool DecryptFile(const QString& source, const QString& target)
+bool DecryptFile(const QString& source, const QString& target, int* error)
 {
     resetSetup();
     cipher::Encryptor encryption;
-    if (!SetupEncryptor(encryption))
+    if (!SetupEncryptor(encryption)) {
+        if (error)
+            *error = encryption.lastError();
         return false;
+    }
     encryption.setProgress(stageProgress());
     const int err = encryption.decryptFile(hostPath(source), hostPath(target));
+    if (error)
+        *error = err;
     if (err != 0)
         ShowMessage(Translate("¡Error de decriptado!") + "\n" + "(" + QString::number(err) + ")", 0);
     return err == 0;

@@ -20,4 +20,12 @@ std::optional<DriveSpace> DriveFigures::ofNative(const QString& nativePath)
     return s;
 }
 
+bool DriveFigures::wasFull(const QString& nativePath, qint64 bytes)
+{
+    // The file's own buffer may hold more than the failed write: allow for it.
+    constexpr qint64 kBufferSlack = 64 * 1024;
+    const auto space = ofNative(nativePath);
+    return space && space->freeBytes < static_cast<quint64>(qMax<qint64>(bytes, 0) + kBufferSlack);
+}
+
 } // namespace vmk

@@ -17,6 +17,10 @@ class DriveFigures
 {
 public:
     static std::optional<DriveSpace> ofNative(const QString& nativePath);
+    // After a write of `bytes` under nativePath failed: true when its filesystem
+    // has less room than that, so the failure was a full disk. (Qt reports a
+    // write cut short by a full disk as a plain write error.)
+    static bool wasFull(const QString& nativePath, qint64 bytes);
 };
 
 } // namespace vmk

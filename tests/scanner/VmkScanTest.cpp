@@ -75,7 +75,7 @@ TEST(VmkScan, WalksDepthFirstSkipsJunctionsAndKeepsOrderWithJobs)
 
     CliRun errors = vmkScan({ root + "/missing.bin", root + "/a/clean1.txt" });
     EXPECT_EQ(errors.exit, 2);
-    EXPECT_TRUE(errors.lines.contains(root + "/missing.bin: Error: 2"));
+    EXPECT_TRUE(errors.lines.contains(root + "/missing.bin: no existe (2)"));
 
     CliRun mixed = vmkScan({ root + "/missing.bin", root + "/a/b/eicar.com" });
     EXPECT_EQ(mixed.exit, 1) << "a find outweighs errors";
@@ -89,9 +89,55 @@ TEST(VmkScan, WalksDepthFirstSkipsJunctionsAndKeepsOrderWithJobs)
     EXPECT_EQ(other.exit, 1);
     EXPECT_TRUE(other.lines.contains(dir.filePath("marked.txt") + ": Test:Vmk.Only-1 FOUND"));
     EXPECT_TRUE(other.lines.contains(root + "/a/b/eicar.com: OK"));
-    EXPECT_EQ(vmkScan({ "--db", dir.filePath("none"), root }).exit, 2);
     EXPECT_EQ(vmkScan({ "--jobs", "0", root }).exit, 2);
     EXPECT_EQ(vmkScan({}).exit, 2);
+}
+
+TEST(VmkScan, FailuresNameTheFileOrFolderAndOptionsGoAnywhere)
+{
+    QTemporaryDir dir;
+    const QString root = dir.filePath("tree");
+    ASSERT_TRUE(writeFile(root + "/eicar.com", eicar()));
+    ASSERT_TRUE(writeFile(root + "/sub/ok.txt", "fine"));
+    ASSERT_TRUE(QDir().mkpath(dir.filePath("empty-sigs")));
+
+    // A missing signature folder is named, and told apart from one without signatures.
+    VmkRun r = runVmk({ "scan", root, "--db", dir.filePath("sigs") });
+    EXPECT_EQ(r.code, 2);
+    EXPECT_EQ(r.err, "vmk scan: " + dir.filePath("sigs") + ": no existe la carpeta de firmas (7)\n");
+    r = runVmk({ "engine", "--db", dir.filePath("empty-sigs") });
+    EXPECT_EQ(r.code, 2);
+    EXPECT_EQ(r.err,
+        "vmk engine: " + dir.filePath("empty-sigs") + ": no hay archivos de firmas en la carpeta de firmas (7)\n");
+
+    // The files that could not be scanned, each with its reason.
+    ASSERT_TRUE(QProcess::execute("mkfifo", { dir.filePath("pipe") }) == 0);
+    ASSERT_TRUE(writeFile(dir.filePath("secret.bin"), "x"));
+    ASSERT_TRUE(QFile::setPermissions(dir.filePath("secret.bin"), {}));
+    QFile::setPermissions(dir.path(), QFile::permissions(dir.path()) | QFile::ExeOther | QFile::ReadOther);
+    r = runVmk({ "scan", dir.filePath("nada.bin"), dir.filePath("pipe"), dir.filePath("secret.bin"), "--jobs", "2" },
+        {}, true);
+    EXPECT_EQ(r.code, 2);
+    const QStringList lines = r.out.split(u'\n');
+    EXPECT_TRUE(lines.contains(dir.filePath("nada.bin") + ": no existe (2)")) << r.out.toStdString();
+    EXPECT_TRUE(lines.contains(dir.filePath("pipe") + ": no es un archivo normal (4)")) << r.out.toStdString();
+    EXPECT_TRUE(lines.contains(dir.filePath("secret.bin") + ": no se puede leer (5)")) << r.out.toStdString();
+    EXPECT_TRUE(lines.contains("Not processed: 3"));
+
+    // A folder given through a link is walked as its real self; the option after the operand.
+    ASSERT_TRUE(QFile::link(root, dir.filePath("atajo")));
+    r = runVmk({ "scan", dir.filePath("atajo"), "--no-archive" });
+    EXPECT_EQ(r.code, 1);
+    EXPECT_TRUE(r.out.split(u'\n').contains(root + "/sub/ok.txt: OK")) << r.out.toStdString();
+    r = runVmk({ "scan", "--jobs", "x", root });
+    EXPECT_EQ(r.code, 2);
+    EXPECT_TRUE(r.err.startsWith("vmk scan: --jobs x: valor no válido\n")) << r.err.toStdString();
+    r = runVmk({ "scan", "--no-archive=1", root });
+    EXPECT_TRUE(r.err.startsWith("vmk scan: --no-archive: esta opción no lleva valor\n")) << r.err.toStdString();
+    r = runVmk({ "scan" });
+    EXPECT_TRUE(r.err.startsWith("vmk scan: PATH: falta este operando\n")) << r.err.toStdString();
+    r = runVmk({ "update", "extra" });
+    EXPECT_TRUE(r.err.startsWith("vmk update: extra: sobra este operando\n")) << r.err.toStdString();
 }
 
 TEST(VmkEngine, PrintsValues52And55)
@@ -191,4 +237,5 @@ TEST(VmkUpdate, RunsTheUpdaterAsThePanelDoesAndJudgesTheLogOnTheDeviceRoot)
     EXPECT_EQ(r.exit, 2);
     EXPECT_FALSE(QFile::exists(log));
     EXPECT_EQ(update({ "extra" }).exit, 2);
+    EXPECT_EQ(r.lines, QStringList()) << "the failure goes to standard error";
 }

@@ -3,6 +3,7 @@
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
+#include <QProcess>
 
 namespace vmk::test
 {
@@ -34,6 +35,26 @@ void MessageRecorder::script(std::initializer_list<int> answers)
 QString binDir()
 {
     return qEnvironmentVariable("VMK_BIN", QStringLiteral(VMK_DEFAULT_BIN));
+}
+
+VmkRun runVmk(const QStringList& args, const QByteArray& input, bool withoutFileRights)
+{
+    QProcess p;
+    if (withoutFileRights)
+        p.start(QStringLiteral("setpriv"),
+            QStringList { QStringLiteral("--bounding-set"), QStringLiteral("-dac_override,-dac_read_search"),
+                binDir() + QStringLiteral("/vmk") }
+                + args);
+    else
+        p.start(binDir() + QStringLiteral("/vmk"), args);
+    p.write(input);
+    p.closeWriteChannel();
+    p.waitForFinished(120000);
+    VmkRun r;
+    r.code = p.exitStatus() == QProcess::NormalExit ? p.exitCode() : -1;
+    r.out = QString::fromUtf8(p.readAllStandardOutput());
+    r.err = QString::fromUtf8(p.readAllStandardError());
+    return r;
 }
 
 QString testDataDir()

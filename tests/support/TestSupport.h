@@ -38,4 +38,13 @@ QString testDataDir();
 bool writeFile(const QString& path, const QByteArray& bytes);
 QByteArray readFile(const QString& path);
 
+// One run of the built vmk: its exit code (-1 when it crashed) and its two outputs.
+struct VmkRun {
+    int code = -1;
+    QString out, err;
+};
+// `input` goes to its standard input. With `withoutFileRights`, vmk runs without
+// root's power to read any file (as a user would), so a mode 000 file is unreadable.
+VmkRun runVmk(const QStringList& args, const QByteArray& input = {}, bool withoutFileRights = false);
+
 } // namespace vmk::test

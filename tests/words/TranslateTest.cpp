@@ -27,7 +27,8 @@ QString tr(int language, const QString& text)
 TEST(Translate, TableHoldsEveryKeyOnceWithFiveTexts)
 {
     const auto& table = vmk::TranslationTable();
-    ASSERT_EQ(table.size(), 231u);
+    // The program's rows and the command-line tool's messages; the keys are unique.
+    ASSERT_GE(table.size(), 273u);
     QSet<QString> keys;
     for (const auto& row : table) {
         EXPECT_FALSE(row.key.isEmpty());
@@ -43,14 +44,16 @@ TEST(Translate, TableHoldsEveryKeyOnceWithFiveTexts)
             EXPECT_FALSE(cell.contains(u'\t'));
         }
     }
-    EXPECT_EQ(keys.size(), 231);
+    EXPECT_EQ(keys.size(), qsizetype(table.size()));
     // Table order: first, a few in the middle, last.
     EXPECT_EQ(table.front().key, QStringLiteral("Leyendo configuración"));
     EXPECT_EQ(table[4].key, QStringLiteral("Aceptar"));
     EXPECT_EQ(
         table[124].key, QStringLiteral("¡Carpeta de Cuarentena no existe!\r\nPor favor, revise su configuración!"));
     EXPECT_EQ(table[210].key, QStringLiteral("Si"));
-    EXPECT_EQ(table.back().key, QStringLiteral("¡Error, el dispositivo NO pudo expulsarse correctamente!"));
+    // Rows added later go after the program's own; these two stay in the table wherever they stand.
+    EXPECT_TRUE(keys.contains(QStringLiteral("¡Error, el dispositivo NO pudo expulsarse correctamente!")));
+    EXPECT_TRUE(keys.contains(QStringLiteral("avupdate.exe no dejó su registro")));
     // The misspelt keys are the program's own.
     for (const char* k : { "Carpeta compimida", "Tamaño maximo de archivos", "¡Error de compresion!",
              "¡Error de compresión!", "!El archivo ya existe en Cuarentena!", "Abortar después de ",

@@ -19,6 +19,7 @@ enum class CipherError : int {
     Cancelled = 10, // the progress callback asked to stop
     NotReady = 11, // an operation was asked of an encryptor before its set-up
     UnsupportedSetting = 12, // a key size, hash size, mode or padding the encryptor does not offer
+    DiskFull = 13, // the file to write ran out of room on its disk
 };
 
 inline int ErrorNumber(CipherError e)

@@ -153,7 +153,7 @@ CipherError FileCipher::encryptFile(const QString& source, const QString& target
     // Room for the header; the file key is not in it yet.
     if (!out.open() || out.write(reinterpret_cast<const char*>(header), kHeaderSize) != kHeaderSize) {
         std::memset(fileKey, 0, sizeof fileKey);
-        return CipherError::TargetUnwritable;
+        return out.failure();
     }
 
     const CipherError streamed = [&] {
@@ -172,7 +172,7 @@ CipherError FileCipher::encryptFile(const QString& source, const QString& target
                 return CipherError::LibraryFailure;
             const qint64 len = block.size + static_cast<qint64>(kTag);
             if (out.write(block.data, len) != len)
-                return CipherError::TargetUnwritable;
+                return out.failure();
             if (!ticker.report(percentOf(done, total)))
                 return CipherError::Cancelled;
             if (block.last)
@@ -193,8 +193,8 @@ CipherError FileCipher::encryptFile(const QString& source, const QString& target
             header + 44, kWrapNonceSize, header, kOffWrapped, header + kOffWrapped, 32, header + kOffWrapped + 32))
         return CipherError::LibraryFailure;
     if (!out.rewrite(0, reinterpret_cast<const char*>(header), kHeaderSize))
-        return CipherError::TargetUnwritable;
-    return out.commit() ? CipherError::None : CipherError::TargetUnwritable;
+        return out.failure();
+    return out.commit() ? CipherError::None : out.failure();
 }
 
 CipherError FileCipher::decryptFile(
@@ -265,13 +265,13 @@ CipherError FileCipher::decryptFile(
                 block.data + clearLen))
             return CipherError::DamagedData;
         if (out.write(block.data, static_cast<qint64>(clearLen)) != static_cast<qint64>(clearLen))
-            return CipherError::TargetUnwritable;
+            return out.failure();
         if (!ticker.report(percentOf(pos, total)))
             return CipherError::Cancelled;
         if (block.last)
             break;
     }
-    return out.commit() ? CipherError::None : CipherError::TargetUnwritable;
+    return out.commit() ? CipherError::None : out.failure();
 }
 
 } // namespace vmk::cipher

@@ -1,5 +1,6 @@
 #include "components/cipher/TargetFile.h"
 
+#include "platform/DriveFigures.h"
 #include "platform/FileReplace.h"
 
 #include <QFileInfo>
@@ -25,6 +26,12 @@ bool TargetFile::rewrite(qint64 pos, const char* data, qint64 len)
 {
     const qint64 end = m_temp.pos();
     return m_temp.seek(pos) && m_temp.write(data, len) == len && m_temp.seek(end);
+}
+
+CipherError TargetFile::failure() const
+{
+    return DriveFigures::wasFull(QFileInfo(m_target).absolutePath(), m_lastWrite) ? CipherError::DiskFull
+                                                                                  : CipherError::TargetUnwritable;
 }
 
 bool TargetFile::commit()

@@ -4,6 +4,7 @@
 #include "components/zip/FileMask.h"
 #include "components/zip/ZipCodes.h"
 #include "components/zip/ZipPaths.h"
+#include "platform/DriveFigures.h"
 #include "platform/FileSearch.h"
 #include "platform/Pump.h"
 
@@ -649,9 +650,13 @@ int ZipArchiver::copyToDestination(const QString& tempPath)
     QByteArray block;
     if (m_events.writeProgress)
         m_events.writeProgress(percent(0, size == 0 ? 1 : size));
+    const QString destinationFolder = QFileInfo(ZipPaths::toNative(m_archiveName)).absolutePath();
+    const auto failure = [&destinationFolder] {
+        return DriveFigures::wasFull(destinationFolder, kCopyBlock) ? ZipDestinationFull : ZipDestinationFailed;
+    };
     while (!(block = in.read(kCopyBlock)).isEmpty()) {
         if (out.write(block) != block.size())
-            return ZipDestinationFailed;
+            return failure();
         written += block.size();
         vmk::DoEvents();
         if (m_abort) {
@@ -662,7 +667,7 @@ int ZipArchiver::copyToDestination(const QString& tempPath)
             m_events.writeProgress(percent(written, size));
     }
     if (!out.commit())
-        return ZipDestinationFailed;
+        return failure();
     if (m_events.writeProgress)
         m_events.writeProgress(100);
     return ZipOk;

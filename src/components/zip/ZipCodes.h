@@ -15,6 +15,7 @@ enum ZipResult : int {
     ZipCompressionFailed = 6, // the library failed while building the archive
     ZipFilesSkipped = 7, // extraction left out at least one file (see the skipping event)
     ZipNoArchiveName = 8, // no archive name was given
+    ZipDestinationFull = 9, // the archive's destination ran out of room
 };
 
 // Reason codes of the skipping event.
