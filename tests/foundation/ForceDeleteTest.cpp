@@ -22,13 +22,13 @@ namespace
 {
 const char kRebootText[] = "¡El archivo será eliminado en el próximo reinicio de su sistema!";
 
-// Records the helper command lines together with the rename list as it stood
+// Records each helper run as "program|argument|..." together with the rename list as it stood
 // when each helper ran, and the mouse pointer changes.
 struct LadderWatch {
     LadderWatch()
     {
-        m_previous = SetHelperRunner([this](const QString& line) {
-            commands << line;
+        m_previous = SetHelperRunner([this](const QString& program, const QStringList& arguments) {
+            commands << (QStringList { program } + arguments).join(u'|');
             listAtRun << QString::fromUtf8(test::readFile(PendingRemovalListPath()));
         });
         SetMousePointerHook([this](int p) { pointers << p; });
@@ -90,8 +90,7 @@ TEST_F(ForceDeleteTest, LadderOrderRebootEntryFirstThenTheTools)
     ForceDelete(path);
 
     EXPECT_EQ(watch.commands,
-        (QStringList {
-            "Unlock.exe \"E:\\Mis Documentos\\run me.exe\"", "Delete.exe \"E:\\Mis Documentos\\run me.exe\"" }));
+        (QStringList { "Unlock.exe|E:\\Mis Documentos\\run me.exe", "Delete.exe|E:\\Mis Documentos\\run me.exe" }));
     ASSERT_EQ(watch.listAtRun.size(), 2);
     EXPECT_EQ(watch.listAtRun[0], QStringLiteral("[Rename]\r\nNUL=E:\\MISDOC~1\\RUNME~1.EXE\r\n"));
     EXPECT_EQ(messages.texts, QStringList { QString::fromUtf8(kRebootText) });
@@ -188,4 +187,123 @@ TEST_F(ForceDeleteTest, RealHelperProgramsRemoveAnImmutableFile)
     EXPECT_TRUE(messages.texts.isEmpty());
     // The reboot entry stands, harmless.
     EXPECT_TRUE(test::readFile(PendingRemovalListPath()).contains("NUL=E:\\Locked\\virus.exe"));
+}
+
+namespace
+{
+int runHelperProgram(const QString& program, const QStringList& arguments)
+{
+    QProcess p;
+    QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
+    env.insert(DriveMap::kInheritedVariable, DriveMap::instance().exportForChildren());
+    p.setProcessEnvironment(env);
+    p.start(test::binDir() + "/" + program, arguments);
+    p.waitForFinished(30000);
+    return p.exitCode();
+}
+} // namespace
+
+// A name holding a quote, or folders named `."."`, reach the helpers whole: the
+// locked file named goes, and no other file.
+TEST_F(ForceDeleteTest, QuotesAndDotNamesReachTheHelpersWhole)
+{
+    {
+        // What the helpers are given: the program and the path as one argument.
+        LadderWatch watch;
+        test::MessageRecorder messages;
+        ASSERT_TRUE(test::writeFile(m_root + "/Q/x\"y/inner", "x"));
+        ForceDelete(QStringLiteral("E:\\Q\\x\"y"));
+        EXPECT_EQ(watch.commands, (QStringList { "Unlock.exe|E:\\Q\\x\"y", "Delete.exe|E:\\Q\\x\"y" }));
+        QDir(m_root + "/Q").removeRecursively();
+    }
+
+    ASSERT_TRUE(test::writeFile(m_root + "/Q/x\"y", "locked"));
+    ASSERT_TRUE(test::writeFile(m_root + "/Q/xy", "neighbour"));
+    ASSERT_TRUE(test::writeFile(m_root + "/Q/.\".\"/victim", "locked"));
+    ASSERT_TRUE(test::writeFile(m_root + "/victim", "user document"));
+    if (!setImmutable(m_root + "/Q/x\"y", true) || !setImmutable(m_root + "/Q/.\".\"/victim", true))
+        GTEST_SKIP() << "the filesystem or this user cannot set the immutable flag";
+    test::MessageRecorder messages;
+    const QString oldDir = QDir::currentPath();
+    QDir::setCurrent(test::binDir()); // the helpers are found through the current folder
+    ForceDelete(QStringLiteral("E:\\Q\\x\"y"));
+    ForceDelete(QStringLiteral("E:\\Q\\.\".\"\\victim"));
+    QDir::setCurrent(oldDir);
+    for (const char* left : { "/Q/x\"y", "/Q/.\".\"/victim" }) {
+        if (QFile::exists(m_root + left))
+            setImmutable(m_root + left, false);
+    }
+    EXPECT_FALSE(QFile::exists(m_root + "/Q/x\"y"));
+    EXPECT_FALSE(QFile::exists(m_root + "/Q/.\".\"/victim"));
+    EXPECT_EQ(test::readFile(m_root + "/Q/xy"), QByteArray("neighbour"));
+    EXPECT_EQ(test::readFile(m_root + "/victim"), QByteArray("user document"));
+    EXPECT_TRUE(messages.texts.isEmpty()) << messages.texts.join(u'|').toStdString();
+
+    // The helpers take one absolute path without "." or "..", and nothing else.
+    ASSERT_TRUE(test::writeFile(m_root + "/Q/.\".\"/victim", "x"));
+    const QString nativeVictim = m_root + "/Q/../victim";
+    for (const QStringList& bad : QList<QStringList> { { "E:\\Q\\..\\victim" }, { "E:\\Q\\.\\..\\victim" },
+             { nativeVictim }, { "victim" }, { "Q\\..\\victim" }, { "E:\\Q\\.\"", "\"\\victim" }, {} }) {
+        EXPECT_EQ(runHelperProgram("Delete.exe", bad), 2) << bad.join(u' ').toStdString();
+        EXPECT_EQ(runHelperProgram("Unlock.exe", bad), 2) << bad.join(u' ').toStdString();
+    }
+    EXPECT_EQ(test::readFile(m_root + "/victim"), QByteArray("user document"));
+    EXPECT_EQ(runHelperProgram("Delete.exe", { "E:\\Q\\.\".\"\\victim" }), 0);
+    EXPECT_TRUE(QFile::exists(m_root + "/victim"));
+
+    // ForceDelete itself refuses a path that could climb, and says so.
+    ForceDelete(QStringLiteral("E:\\Q\\..\\victim"));
+    ForceDelete(QStringLiteral("victim"));
+    EXPECT_TRUE(QFile::exists(m_root + "/victim"));
+    ASSERT_EQ(messages.texts.size(), 2);
+    EXPECT_EQ(messages.texts[0], QStringLiteral("¡Ruta no válida, no se elimina nada!\r\nE:\\Q\\..\\victim"));
+}
+
+// The leftover-removal list grows to its limit with whole entries only; the entry
+// that would pass it is refused and told, and the next start removes exactly the
+// files listed.
+TEST_F(ForceDeleteTest, LongLeftoverListKeepsWholeEntries)
+{
+    test::MessageRecorder messages;
+    // Names of different lengths, so that no cut could fall between two entries;
+    // each is an 8.3 name, so the entry holds it as it stands.
+    QStringList scheduled;
+    QStringList refused;
+    for (int i = 0; i < 2400 && refused.isEmpty(); ++i) {
+        const QString name = QStringLiteral("%1.%2").arg(i, 1 + i % 8, 10, QLatin1Char('0')).arg(i % 3 ? "TXT" : "T");
+        const QString path = QStringLiteral("E:\\LEFT\\") + name;
+        ASSERT_TRUE(test::writeFile(m_root + "/LEFT/" + name, "x"));
+        (ScheduleDeleteAtReboot(path) ? scheduled : refused) << path;
+    }
+    ASSERT_EQ(refused.size(), 1) << "the list never filled";
+    ASSERT_GT(scheduled.size(), 1000);
+    ASSERT_EQ(messages.texts.size(), 1);
+    EXPECT_EQ(messages.texts[0],
+        QStringLiteral("¡La lista de archivos a eliminar en el próximo reinicio está llena!\r\n") + refused[0]);
+
+    const QByteArray list = test::readFile(PendingRemovalListPath());
+    EXPECT_LE(list.size(), kPendingRemovalListLimit);
+    QStringList entries;
+    for (const QByteArray& line : list.split('\n')) {
+        if (line.startsWith("NUL="))
+            entries << QString::fromUtf8(line.mid(4)).chopped(1);
+    }
+    EXPECT_EQ(entries, scheduled);
+    EXPECT_TRUE(list.endsWith("\r\n"));
+
+    // Files whose names are the beginnings of listed ones, as a cut would leave them.
+    const QStringList decoys { "0", "00", "000", "1", "10", "100", "1000", "1000.T", "1000.TX" };
+    for (const QString& d : decoys) {
+        if (!QFile::exists(m_root + "/LEFT/" + d))
+            ASSERT_TRUE(test::writeFile(m_root + "/LEFT/" + d, "decoy"));
+    }
+    const QStringList before = QDir(m_root + "/LEFT").entryList(QDir::Files);
+    EXPECT_EQ(ProcessPendingRemovals(), scheduled.size());
+    for (const QString& path : scheduled)
+        EXPECT_FALSE(QFile::exists(m_root + "/LEFT/" + path.mid(8))) << path.toStdString();
+    for (const QString& name : before) {
+        if (!scheduled.contains(QStringLiteral("E:\\LEFT\\") + name))
+            EXPECT_TRUE(QFile::exists(m_root + "/LEFT/" + name)) << name.toStdString();
+    }
+    EXPECT_TRUE(QFile::exists(m_root + "/LEFT/" + refused[0].mid(8)));
 }
