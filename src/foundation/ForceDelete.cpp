@@ -58,7 +58,8 @@ HelperRunner SetHelperRunner(HelperRunner runner)
 void ForceDelete(const QString& path)
 {
     if (!PathForm::isAbsoluteNormalised(path)) {
-        ShowMessage(Translate(QStringLiteral("¡Ruta no válida, no se elimina nada!")) + QStringLiteral("\r\n") + path, 0);
+        ShowMessage(
+            Translate(QStringLiteral("¡Ruta no válida, no se elimina nada!")) + QStringLiteral("\r\n") + path, 0);
         return;
     }
     SetMousePointer(11);

@@ -265,24 +265,41 @@ TEST_F(ForceDeleteTest, QuotesAndDotNamesReachTheHelpersWhole)
 TEST_F(ForceDeleteTest, LongLeftoverListKeepsWholeEntries)
 {
     test::MessageRecorder messages;
+    auto native = [this](const QString& logical) { return m_root + u'/' + logical.mid(3).replace(u'\\', u'/'); };
     // Names of different lengths, so that no cut could fall between two entries;
-    // each is an 8.3 name, so the entry holds it as it stands.
+    // each component is an 8.3 name, so the entry holds it as it stands.
+    const QString deep = QStringLiteral("E:\\LEFTOVER\\DEEPFOLD\\DEEPFOLD\\DEEPFOLD\\GROUP%1\\");
+    const int groups = 16;
+    // A list written by earlier sessions up to a few entries short of the limit,
+    // then removals scheduled one by one until the list is full.
     QStringList scheduled;
     QStringList refused;
-    for (int i = 0; i < 2400 && refused.isEmpty(); ++i) {
+    QByteArray earlier = "[Rename]\r\n";
+    bool filled = false;
+    for (int i = 0; i < 2000 && refused.isEmpty(); ++i) {
         const QString name = QStringLiteral("%1.%2").arg(i, 1 + i % 8, 10, QLatin1Char('0')).arg(i % 3 ? "TXT" : "T");
-        const QString path = QStringLiteral("E:\\LEFT\\") + name;
-        ASSERT_TRUE(test::writeFile(m_root + "/LEFT/" + name, "x"));
+        const QString path = deep.arg(i % groups, 3, 10, QLatin1Char('0')) + name;
+        ASSERT_TRUE(test::writeFile(native(path), "x"));
+        if (!filled && earlier.size() < kPendingRemovalListLimit - 400) {
+            earlier += "NUL=" + GetShortPath(path).toUtf8() + "\r\n";
+            scheduled << path;
+            continue;
+        }
+        if (!filled) {
+            ASSERT_TRUE(test::writeFile(PendingRemovalListPath(), earlier));
+            filled = true;
+        }
         (ScheduleDeleteAtReboot(path) ? scheduled : refused) << path;
     }
     ASSERT_EQ(refused.size(), 1) << "the list never filled";
-    ASSERT_GT(scheduled.size(), 1000);
+    ASSERT_GT(scheduled.size(), 400);
     ASSERT_EQ(messages.texts.size(), 1);
     EXPECT_EQ(messages.texts[0],
         QStringLiteral("¡La lista de archivos a eliminar en el próximo reinicio está llena!\r\n") + refused[0]);
 
     const QByteArray list = test::readFile(PendingRemovalListPath());
     EXPECT_LE(list.size(), kPendingRemovalListLimit);
+    EXPECT_GT(list.size(), kPendingRemovalListLimit - 80);
     QStringList entries;
     for (const QByteArray& line : list.split('\n')) {
         if (line.startsWith("NUL="))
@@ -292,18 +309,19 @@ TEST_F(ForceDeleteTest, LongLeftoverListKeepsWholeEntries)
     EXPECT_TRUE(list.endsWith("\r\n"));
 
     // Files whose names are the beginnings of listed ones, as a cut would leave them.
-    const QStringList decoys { "0", "00", "000", "1", "10", "100", "1000", "1000.T", "1000.TX" };
-    for (const QString& d : decoys) {
-        if (!QFile::exists(m_root + "/LEFT/" + d))
-            ASSERT_TRUE(test::writeFile(m_root + "/LEFT/" + d, "decoy"));
+    QStringList all;
+    for (int g = 0; g < groups; ++g) {
+        const QString folder = deep.arg(g, 3, 10, QLatin1Char('0'));
+        for (const char* d : { "0", "00", "000", "1", "10", "100", "1000", "1", "1.T", "1.TX" }) {
+            if (!QFile::exists(native(folder + QLatin1String(d)))) {
+                ASSERT_TRUE(test::writeFile(native(folder + QLatin1String(d)), "decoy"));
+            }
+        }
+        for (const QString& name : QDir(native(folder)).entryList(QDir::Files))
+            all << folder + name;
     }
-    const QStringList before = QDir(m_root + "/LEFT").entryList(QDir::Files);
     EXPECT_EQ(ProcessPendingRemovals(), scheduled.size());
-    for (const QString& path : scheduled)
-        EXPECT_FALSE(QFile::exists(m_root + "/LEFT/" + path.mid(8))) << path.toStdString();
-    for (const QString& name : before) {
-        if (!scheduled.contains(QStringLiteral("E:\\LEFT\\") + name))
-            EXPECT_TRUE(QFile::exists(m_root + "/LEFT/" + name)) << name.toStdString();
-    }
-    EXPECT_TRUE(QFile::exists(m_root + "/LEFT/" + refused[0].mid(8)));
+    for (const QString& path : all)
+        EXPECT_EQ(QFile::exists(native(path)), !scheduled.contains(path)) << path.toStdString();
+    EXPECT_TRUE(QFile::exists(native(refused[0])));
 }

@@ -69,7 +69,8 @@ TEST_F(WalkGuardTest, OnlyARealFolderStrictlyBelowTheDeviceRootPasses)
     EXPECT_FALSE(WalkGuard::folderForDeletingWalk(QStringLiteral("E:\\Away\\"), QStringLiteral("#QuarenteneFolder")));
     EXPECT_FALSE(WalkGuard::folderForDeletingWalk(QStringLiteral("E:\\Gone\\"), QStringLiteral("#QuarenteneFolder")));
     ASSERT_EQ(messages.texts.size(), 2);
-    EXPECT_EQ(messages.texts[0], QStringLiteral("¡No hay carpeta indicada, no se borra nada!\r\n#QuarenteneFolder: \"E:\""));
+    EXPECT_EQ(
+        messages.texts[0], QStringLiteral("¡No hay carpeta indicada, no se borra nada!\r\n#QuarenteneFolder: \"E:\""));
     EXPECT_EQ(messages.texts[1],
         QStringLiteral("¡La carpeta es un enlace, no se borra nada!\r\n#QuarenteneFolder: \"E:\\Away\\\""));
     G().LanguageIndex = 1;

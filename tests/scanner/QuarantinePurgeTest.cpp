@@ -1,9 +1,9 @@
+#include "scanner/QuarantinePurge.h"
 #include "foundation/ForceDelete.h"
 #include "foundation/Globals.h"
 #include "foundation/Settings.h"
 #include "foundation/StartUp.h"
 #include "platform/DriveMap.h"
-#include "scanner/QuarantinePurge.h"
 
 #include "TestSupport.h"
 
@@ -77,7 +77,8 @@ protected:
     int purge() const
     {
         EXPECT_EQ(S().DeleteFilesOpt, 1);
-        return scanner::PurgeOldFiles(G().ProgramDrive + S().QuarenteneFolder, S().DeleteFilesAfter, QDate::currentDate());
+        return scanner::PurgeOldFiles(
+            G().ProgramDrive + S().QuarenteneFolder, S().DeleteFilesAfter, QDate::currentDate());
     }
     void expectEverythingSurvives(const char* way) const
     {
