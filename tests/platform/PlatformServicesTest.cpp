@@ -1,5 +1,6 @@
 #include "platform/DriveFigures.h"
 #include "platform/DriveMap.h"
+#include "platform/FileReplace.h"
 #include "platform/Pump.h"
 #include "platform/Registry.h"
 #include "platform/RunAndWait.h"
@@ -12,6 +13,7 @@
 #include <QDir>
 #include <QElapsedTimer>
 #include <QFile>
+#include <QFileInfo>
 #include <QTemporaryDir>
 
 #include <gtest/gtest.h>
@@ -175,4 +177,22 @@ TEST(SpecialFoldersTest, XdgUserDirsAndDriveFigures)
     EXPECT_GT(s->totalBytes, 0u);
     EXPECT_LE(s->freeBytes, s->totalBytes);
     EXPECT_FALSE(DriveFigures::ofNative(QStringLiteral("/no/such/folder")).has_value());
+}
+
+// Two folders change names in one step, neither name missing in between; a
+// missing side changes nothing.
+TEST(FileReplaceTest, ExchangeSwapsTwoFoldersOrChangesNothing)
+{
+    QTemporaryDir dir;
+    const QString base = QDir(dir.path()).canonicalPath();
+    ASSERT_TRUE(test::writeFile(base + "/sigs/old.cud", "old set"));
+    ASSERT_TRUE(test::writeFile(base + "/sigs.new/new.cud", "new set"));
+    ASSERT_TRUE(FileReplace::exchange(base + "/sigs.new", base + "/sigs"));
+    EXPECT_EQ(test::readFile(base + "/sigs/new.cud"), QByteArray("new set"));
+    EXPECT_EQ(test::readFile(base + "/sigs.new/old.cud"), QByteArray("old set"));
+    EXPECT_FALSE(FileReplace::exchange(base + "/missing", base + "/sigs"));
+    EXPECT_EQ(test::readFile(base + "/sigs/new.cud"), QByteArray("new set"));
+    EXPECT_FALSE(QFileInfo::exists(base + "/missing"));
+    ASSERT_TRUE(FileReplace::move(base + "/sigs.new", base + "/sigs.old"));
+    EXPECT_EQ(test::readFile(base + "/sigs.old/old.cud"), QByteArray("old set"));
 }
