@@ -57,7 +57,7 @@ HelperRunner SetHelperRunner(HelperRunner runner)
 
 void ForceDelete(const QString& path)
 {
-    if (!PathForm::isAbsoluteNormalised(path)) {
+    if (!PathForm::namesEntry(path)) {
         ShowMessage(
             Translate(QStringLiteral("¡Ruta no válida, no se elimina nada!")) + QStringLiteral("\r\n") + path, 0);
         return;

@@ -20,7 +20,7 @@ std::optional<QString> HelperPathArgument(const char* toolName)
         return std::nullopt;
     }
     const QString given = args.first();
-    if (!PathForm::isAbsoluteNormalised(given)) {
+    if (!PathForm::namesEntry(given)) {
         std::fprintf(stderr, "%s: refused, the path is not absolute or holds \".\" or \"..\": %s\n", toolName,
             given.toUtf8().constData());
         return std::nullopt;

@@ -7,24 +7,30 @@
 
 namespace vmk
 {
+namespace
+{
+// The components after the drive letter, if any; empty ones are dropped.
+QStringList componentsOf(const QString& path)
+{
+    static const QRegularExpression separators(QStringLiteral("[\\\\/]"));
+    return (DriveMap::hasDriveLetter(path) ? path.mid(2) : path).split(separators, Qt::SkipEmptyParts);
+}
+} // namespace
 
 bool PathForm::hasDotComponent(const QString& path)
 {
-    static const QRegularExpression separators(QStringLiteral("[\\\\/]"));
-    const QStringList parts = path.split(separators);
-    for (const QString& part : parts) {
-        if (part == QLatin1String(".") || part == QLatin1String(".."))
-            return true;
-    }
-    return false;
+    const QStringList parts = componentsOf(path);
+    return parts.contains(QStringLiteral(".")) || parts.contains(QStringLiteral(".."));
 }
 
 bool PathForm::isAbsoluteNormalised(const QString& path)
 {
-    const bool lettered = DriveMap::hasDriveLetter(path);
-    if (!lettered && !path.startsWith(u'/'))
-        return false;
-    return !hasDotComponent(lettered ? path.mid(2) : path);
+    return (DriveMap::hasDriveLetter(path) || path.startsWith(u'/')) && !hasDotComponent(path);
+}
+
+bool PathForm::namesEntry(const QString& path)
+{
+    return isAbsoluteNormalised(path) && !componentsOf(path).isEmpty();
 }
 
 } // namespace vmk

@@ -242,8 +242,9 @@ TEST_F(ForceDeleteTest, QuotesAndDotNamesReachTheHelpersWhole)
     // The helpers take one absolute path without "." or "..", and nothing else.
     ASSERT_TRUE(test::writeFile(m_root + "/Q/.\".\"/victim", "x"));
     const QString nativeVictim = m_root + "/Q/../victim";
-    for (const QStringList& bad : QList<QStringList> { { "E:\\Q\\..\\victim" }, { "E:\\Q\\.\\..\\victim" },
-             { nativeVictim }, { "victim" }, { "Q\\..\\victim" }, { "E:\\Q\\.\"", "\"\\victim" }, {} }) {
+    for (const QStringList& bad :
+        QList<QStringList> { { "E:\\Q\\..\\victim" }, { "E:\\Q\\.\\..\\victim" }, { nativeVictim }, { "victim" },
+            { "Q\\..\\victim" }, { "E:\\Q\\.\"", "\"\\victim" }, { "E:\\" }, { "/" }, {} }) {
         EXPECT_EQ(runHelperProgram("Delete.exe", bad), 2) << bad.join(u' ').toStdString();
         EXPECT_EQ(runHelperProgram("Unlock.exe", bad), 2) << bad.join(u' ').toStdString();
     }
@@ -254,8 +255,9 @@ TEST_F(ForceDeleteTest, QuotesAndDotNamesReachTheHelpersWhole)
     // ForceDelete itself refuses a path that could climb, and says so.
     ForceDelete(QStringLiteral("E:\\Q\\..\\victim"));
     ForceDelete(QStringLiteral("victim"));
+    ForceDelete(QStringLiteral("E:\\"));
     EXPECT_TRUE(QFile::exists(m_root + "/victim"));
-    ASSERT_EQ(messages.texts.size(), 2);
+    ASSERT_EQ(messages.texts.size(), 3);
     EXPECT_EQ(messages.texts[0], QStringLiteral("¡Ruta no válida, no se elimina nada!\r\nE:\\Q\\..\\victim"));
 }
 

@@ -1,6 +1,7 @@
 #include "platform/DriveFigures.h"
 #include "platform/DriveMap.h"
 #include "platform/FileReplace.h"
+#include "platform/PathForm.h"
 #include "platform/Pump.h"
 #include "platform/Registry.h"
 #include "platform/RunAndWait.h"
@@ -195,4 +196,21 @@ TEST(FileReplaceTest, ExchangeSwapsTwoFoldersOrChangesNothing)
     EXPECT_FALSE(QFileInfo::exists(base + "/missing"));
     ASSERT_TRUE(FileReplace::move(base + "/sigs.new", base + "/sigs.old"));
     EXPECT_EQ(test::readFile(base + "/sigs.old/old.cud"), QByteArray("old set"));
+}
+
+TEST(PathFormTest, AbsoluteNormalisedPathsAndTheEntriesTheyName)
+{
+    for (const char* good : { "E:\\Q\\x\"y", "E:\\Q\\.\".\"\\victim", "E:/Q/..x", "/tmp/a", "E:\\\\Q", "e:\\...\\x" }) {
+        EXPECT_TRUE(PathForm::isAbsoluteNormalised(QString::fromUtf8(good))) << good;
+        EXPECT_TRUE(PathForm::namesEntry(QString::fromUtf8(good))) << good;
+    }
+    for (const char* bad : { "E:\\Q\\..\\x", "E:\\.\\x", "E:/Q/../x", "/tmp/../etc", "Q\\x", "x", "", "\\Q\\x",
+             "EE:\\x", "E:x", "E:\\Q\\." }) {
+        EXPECT_FALSE(PathForm::isAbsoluteNormalised(QString::fromUtf8(bad))) << bad;
+        EXPECT_FALSE(PathForm::namesEntry(QString::fromUtf8(bad))) << bad;
+    }
+    for (const char* root : { "E:", "E:\\", "E:\\\\", "/", "//" }) {
+        EXPECT_TRUE(PathForm::isAbsoluteNormalised(QString::fromUtf8(root))) << root;
+        EXPECT_FALSE(PathForm::namesEntry(QString::fromUtf8(root))) << root;
+    }
 }
