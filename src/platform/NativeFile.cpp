@@ -78,6 +78,28 @@ bool NativeFile::openForReading(const QString& nativePath)
     return m_fd >= 0;
 }
 
+NativeFile::OpenOutcome NativeFile::openRegularFile(const QString& nativePath)
+{
+    close();
+    const QByteArray path = QFile::encodeName(nativePath);
+    struct stat st {
+    };
+    if (path.isEmpty() || ::stat(path.constData(), &st) != 0)
+        return !path.isEmpty() && errno == EACCES ? Unreadable : Missing;
+    if (S_ISDIR(st.st_mode))
+        return Folder;
+    if (!S_ISREG(st.st_mode))
+        return NotRegular;
+    m_fd = ::open(path.constData(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC);
+    if (m_fd < 0)
+        return errno == ENOENT || errno == ENOTDIR ? Missing : Unreadable;
+    if (::fstat(m_fd, &st) != 0 || !S_ISREG(st.st_mode)) {
+        close();
+        return NotRegular;
+    }
+    return Opened;
+}
+
 bool NativeFile::createForWriting(const QString& nativePath)
 {
     close();

@@ -24,6 +24,13 @@ public:
 
     // Opens for reading from the start, telling the kernel the reads are sequential.
     bool openForReading(const QString& nativePath);
+    // Why a file to be read whole (as the engine scans it) was not opened.
+    enum OpenOutcome { Opened, Missing, Folder, NotRegular, Unreadable };
+    // Opens a regular file for reading; FIFOs, sockets and devices are never
+    // opened, and one swapped in after the check cannot block (O_NONBLOCK).
+    OpenOutcome openRegularFile(const QString& nativePath);
+    // The open descriptor, for a library that reads by descriptor; -1 when closed.
+    int descriptor() const { return m_fd; }
     // Creates or truncates for writing (mode 0644 before the umask).
     bool createForWriting(const QString& nativePath);
     bool isOpen() const { return m_fd >= 0; }
