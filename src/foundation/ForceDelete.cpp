@@ -233,7 +233,7 @@ int ProcessPendingRemovals()
         const QString target = line.left(eq);
         const QString source = line.mid(eq + 1);
         // A hand-made or damaged entry that could climb out of its folder is passed over.
-        if (source.isEmpty() || !PathForm::isAbsoluteNormalised(source))
+        if (!PathForm::namesEntry(source))
             continue;
         const QString from = map.toNative(source);
         if (from.isEmpty())
@@ -244,7 +244,7 @@ int ProcessPendingRemovals()
                 continue;
             ok = FileRemoval::entryExists(from) && FileRemoval::makeWritableAndRemove(from, true);
         } else {
-            ok = FileReplace::move(from, map.toNative(target));
+            ok = PathForm::namesEntry(target) && FileReplace::move(from, map.toNative(target));
         }
         if (ok)
             ++done;

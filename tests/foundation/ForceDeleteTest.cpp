@@ -124,6 +124,15 @@ TEST_F(ForceDeleteTest, RenameListWithoutFinalLineBreakGetsOne)
     ASSERT_TRUE(test::writeFile(systemNative() + "/WinInit.ini", "[Rename]\r\nE:\\y.txt=E:\\X.TXT\r\n"));
     EXPECT_EQ(ProcessPendingRemovals(), 1);
     EXPECT_TRUE(QFile::exists(m_root + "/y.txt"));
+    // Entries that climb or name a whole drive are passed over.
+    ASSERT_TRUE(test::writeFile(m_root + "/D/keep.txt", "x"));
+    ASSERT_TRUE(test::writeFile(systemNative() + "/WinInit.ini",
+        "[Rename]\r\nNUL=E:\\D\\..\\y.txt\r\nNUL=E:\\\r\nNUL=E:\r\nE:\\D\\..\\z.txt=E:\\D\\keep.txt\r\n"
+        "NUL=E:\\D\\.\\keep.txt\r\n"));
+    EXPECT_EQ(ProcessPendingRemovals(), 0);
+    EXPECT_TRUE(QFile::exists(m_root + "/y.txt"));
+    EXPECT_TRUE(QFile::exists(m_root + "/D/keep.txt"));
+    EXPECT_FALSE(QFile::exists(m_root + "/z.txt"));
 }
 
 TEST_F(ForceDeleteTest, LeftoverEntryNeverRemovesTheNeighbourThatInheritsItsShortName)
