@@ -6,20 +6,14 @@
 #include "platform/DriveFigures.h"
 #include "platform/DriveMap.h"
 #include "platform/FileSearch.h"
+#include "platform/NativeFile.h"
 #include "platform/Pump.h"
 #include "platform/RunAndWait.h"
 #include "platform/SpecialFolders.h"
 
 #include <QDir>
-#include <QFile>
-
-#include <cerrno>
-#include <fcntl.h>
-#include <sys/stat.h>
-#include <unistd.h>
 
 #include <optional>
-#include <vector>
 
 namespace vmk
 {
@@ -46,45 +40,11 @@ QString coarser(const QString& finer)
     return QString::number(v == 0 ? 0 : v / 1024);
 }
 
-// A whole write, retried over short writes and signals.
-bool writeAll(int fd, const char* data, qint64 size)
-{
-    while (size > 0) {
-        const ssize_t n = ::write(fd, data, static_cast<size_t>(size));
-        if (n < 0) {
-            if (errno == EINTR)
-                continue;
-            return false;
-        }
-        data += n;
-        size -= n;
-    }
-    return true;
-}
-
-qint64 readAll(int fd, char* data, qint64 size)
-{
-    qint64 got = 0;
-    while (got < size) {
-        const ssize_t n = ::read(fd, data + got, static_cast<size_t>(size - got));
-        if (n < 0) {
-            if (errno == EINTR)
-                continue;
-            return -1;
-        }
-        if (n == 0)
-            break;
-        got += n;
-    }
-    return got;
-}
 } // namespace
 
 bool FileExists(const QString& path)
 {
-    const QString native = nativeOf(path);
-    struct stat st;
-    return !native.isEmpty() && ::stat(QFile::encodeName(native).constData(), &st) == 0;
+    return NativeFile::exists(nativeOf(path));
 }
 
 bool FolderMissing(const QString& path)
@@ -163,71 +123,33 @@ bool CopyFileInBlocks(const QString& source, const QString& target)
     if (FileExists(target))
         ForceDelete(target);
 
-    const QByteArray src = QFile::encodeName(nativeOf(source));
-    const QByteArray dst = QFile::encodeName(nativeOf(target));
-    int in = -1;
-    int out = -1;
+    NativeFile in;
+    NativeFile out;
     auto failure = [&]() {
-        if (in >= 0)
-            ::close(in);
-        if (out >= 0)
-            ::close(out);
+        in.close();
+        out.close();
         ForceDelete(target);
         return false;
     };
 
     // A missing source counts as an empty one: nothing is copied.
-    struct stat st;
-    if (src.isEmpty() || ::stat(src.constData(), &st) != 0 || !S_ISREG(st.st_mode) || st.st_size == 0)
+    const QString src = nativeOf(source);
+    const qint64 length = NativeFile::regularFileSize(src);
+    if (length <= 0 || !in.openForReading(src))
         return failure();
-    in = ::open(src.constData(), O_RDONLY | O_CLOEXEC);
-    if (in < 0)
+    if (!out.createForWriting(nativeOf(target)))
         return failure();
-    const qint64 length = st.st_size;
-    if (dst.isEmpty())
-        return failure();
-    out = ::open(dst.constData(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0644);
-    if (out < 0)
-        return failure();
-    ::posix_fadvise(in, 0, 0, POSIX_FADV_SEQUENTIAL);
 
     // The block is the grain of progress and cancel; the data itself moves in
     // transfers of 1600 blocks (16 MB) so that the copy runs at the disk's pace. A
     // cancel still fails the copy at the next block, and the failure exit removes
     // whatever the target holds by then.
     constexpr qint64 kTransfer = kCopyBlock * 1600;
-    std::vector<char> buffer;
-    bool inKernel = true; // copy_file_range: no copy through user memory
-    auto copyBytes = [&](qint64 size) {
-        qint64 done = 0;
-        while (inKernel && done < size) {
-            const ssize_t n = ::copy_file_range(in, nullptr, out, nullptr, static_cast<size_t>(size - done), 0);
-            if (n > 0)
-                done += n;
-            else if (n < 0 && errno == EINTR)
-                continue;
-            else if (n == 0 || done > 0)
-                return false; // the source shrank meanwhile, or the target failed midway
-            else
-                inKernel = false; // EXDEV, ENOSYS, EINVAL...: this pair of files needs read and write
-        }
-        if (done == size)
-            return true;
-        constexpr qint64 kPiece = kCopyBlock * 100;
-        buffer.resize(static_cast<size_t>(kPiece));
-        while (done < size) {
-            const qint64 piece = qMin(size - done, kPiece);
-            if (readAll(in, buffer.data(), piece) != piece || !writeAll(out, buffer.data(), piece))
-                return false;
-            done += piece;
-        }
-        return true;
-    };
     qint64 transferred = 0;
     auto ensure = [&](qint64 upTo) {
         while (transferred < upTo) {
             const qint64 size = qMin(length - transferred, kTransfer);
-            if (!copyBytes(size))
+            if (!out.copyFrom(in, size))
                 return false;
             transferred += size;
         }
@@ -251,11 +173,9 @@ bool CopyFileInBlocks(const QString& source, const QString& target)
         if (!ensure(length) || !step(length))
             return failure();
     }
-    if (::close(out) != 0) {
-        out = -1;
+    if (!out.close())
         return failure();
-    }
-    ::close(in);
+    in.close();
     return true;
 }
 

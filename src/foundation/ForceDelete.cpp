@@ -1,10 +1,14 @@
 #include "foundation/ForceDelete.h"
 
-#include "foundation/FileServices.h"
 #include "foundation/Globals.h"
 #include "foundation/Messages.h"
 #include "foundation/Progress.h"
+#include "foundation/Translate.h"
 #include "platform/DriveMap.h"
+#include "platform/FileRemoval.h"
+#include "platform/FileReplace.h"
+#include "platform/PathForm.h"
+#include "platform/RunAndWait.h"
 #include "platform/ShortNames.h"
 #include "platform/SpecialFolders.h"
 
@@ -13,10 +17,6 @@
 #include <QFileInfo>
 #include <QMultiHash>
 #include <QSaveFile>
-#include <QStringList>
-
-#include <sys/stat.h>
-#include <unistd.h>
 
 #include <utility>
 
@@ -26,29 +26,27 @@ namespace
 {
 HelperRunner& runnerSlot()
 {
-    static HelperRunner runner = [](const QString& commandLine) { RunAndWait(commandLine); };
+    static HelperRunner runner
+        = [](const QString& program, const QStringList& arguments) { platform::RunAndWait(program, arguments); };
     return runner;
 }
 
-void runHelper(const QString& commandLine)
+void runHelper(const QString& program, const QString& path)
 {
     HelperRunner runner = runnerSlot();
     if (runner)
-        runner(commandLine);
+        runner(program, { path });
 }
 
-// Windows clears read-only, hidden and system by setting the archive attribute;
-// here the owner gets write permission back.
-void clearAttributes(const QByteArray& native)
+QString nativeOf(const QString& path)
 {
-    struct stat st;
-    if (::lstat(native.constData(), &st) == 0 && !S_ISLNK(st.st_mode))
-        ::chmod(native.constData(), (st.st_mode & 07777) | S_IWUSR);
+    return DriveMap::instance().toNative(path);
 }
 
-bool removeNative(const QByteArray& native)
+// Anything under the name, a dangling link included: that too is still to remove.
+bool stillThere(const QString& path)
 {
-    return ::unlink(native.constData()) == 0;
+    return FileRemoval::entryExists(nativeOf(path));
 }
 } // namespace
 
@@ -59,19 +57,20 @@ HelperRunner SetHelperRunner(HelperRunner runner)
 
 void ForceDelete(const QString& path)
 {
-    SetMousePointer(11);
-    const QByteArray native = QFile::encodeName(DriveMap::instance().toNative(path));
-    if (!native.isEmpty()) {
-        clearAttributes(native);
-        removeNative(native);
+    if (!PathForm::namesEntry(path)) {
+        ShowMessage(
+            Translate(QStringLiteral("¡Ruta no válida, no se elimina nada!")) + QStringLiteral("\r\n") + path, 0);
+        return;
     }
-    if (FileExists(path)) {
-        ScheduleDeleteAtReboot(path);
-        runHelper(QStringLiteral("Unlock.exe \"") + path + u'"');
-        if (!native.isEmpty())
-            clearAttributes(native);
-        runHelper(QStringLiteral("Delete.exe \"") + path + u'"');
-        if (FileExists(path))
+    SetMousePointer(11);
+    const QString native = nativeOf(path);
+    FileRemoval::makeWritableAndRemove(native, false);
+    if (stillThere(path)) {
+        const bool scheduled = ScheduleDeleteAtReboot(path);
+        runHelper(QStringLiteral("Unlock.exe"), path);
+        FileRemoval::makeWritable(native);
+        runHelper(QStringLiteral("Delete.exe"), path);
+        if (scheduled && stillThere(path))
             ShowMessage(QStringLiteral("¡El archivo será eliminado en el próximo reinicio de su sistema!"), 0);
     }
     SetMousePointer(1);
@@ -79,7 +78,7 @@ void ForceDelete(const QString& path)
 
 QString GetShortPath(const QString& path)
 {
-    if (!DriveMap::hasDriveLetter(path) || !FileExists(path))
+    if (!DriveMap::hasDriveLetter(path) || !QFileInfo::exists(nativeOf(path)))
         return {};
     const DriveMap& map = DriveMap::instance();
     const auto drive = map.drive(path[0]);
@@ -168,20 +167,20 @@ bool stillMeantFile(const QMultiHash<QString, QString>& names, const QString& sh
 }
 } // namespace
 
-void ScheduleDeleteAtReboot(const QString& path)
+bool ScheduleDeleteAtReboot(const QString& path)
 {
     const QString shortPath = GetShortPath(path);
     // There is no removal at reboot on this host: the program's next start
     // processes the rename list instead (ProcessPendingRemovals).
     const QString list = PendingRemovalListPath();
     if (list.isEmpty())
-        return;
+        return false;
     QDir().mkpath(QFileInfo(list).absolutePath());
     QByteArray content;
     QFile old(list);
     if (old.exists()) {
         if (old.open(QIODevice::ReadOnly))
-            content = old.read(32768);
+            content = old.readAll();
         old.close();
         const qsizetype nul = content.indexOf('\0');
         if (nul >= 0)
@@ -191,13 +190,21 @@ void ScheduleDeleteAtReboot(const QString& path)
     } else {
         content = "[Rename]\r\n";
     }
-    content += "NUL=" + shortPath.toUtf8() + "\r\n";
-    QSaveFile f(list);
-    if (f.open(QIODevice::WriteOnly)) {
-        f.write(content);
-        f.commit();
+    const QByteArray entry = "NUL=" + shortPath.toUtf8() + "\r\n";
+    // A list cut to its size limit would end in half a name, and the next start
+    // would remove whatever that half names: the entry is refused whole instead.
+    if (content.size() + entry.size() > kPendingRemovalListLimit) {
+        ShowMessage(Translate(QStringLiteral("¡La lista de archivos a eliminar en el próximo reinicio está llena!"))
+                + QStringLiteral("\r\n") + path,
+            0);
+        return false;
     }
+    content += entry;
+    QSaveFile f(list);
+    if (!f.open(QIODevice::WriteOnly) || f.write(content) != content.size() || !f.commit())
+        return false;
     rememberLongName(list, shortPath, path);
+    return true;
 }
 
 int ProcessPendingRemovals()
@@ -225,20 +232,19 @@ int ProcessPendingRemovals()
             continue;
         const QString target = line.left(eq);
         const QString source = line.mid(eq + 1);
-        if (source.isEmpty())
+        // A hand-made or damaged entry that could climb out of its folder is passed over.
+        if (!PathForm::namesEntry(source))
             continue;
-        const QByteArray from = QFile::encodeName(map.toNative(source));
+        const QString from = map.toNative(source);
         if (from.isEmpty())
             continue;
         bool ok;
         if (target.compare(QLatin1String("NUL"), Qt::CaseInsensitive) == 0) {
-            if (!stillMeantFile(longNames, source, QFile::decodeName(from)))
+            if (!stillMeantFile(longNames, source, from))
                 continue;
-            clearAttributes(from);
-            ok = removeNative(from) || ::rmdir(from.constData()) == 0;
+            ok = FileRemoval::entryExists(from) && FileRemoval::makeWritableAndRemove(from, true);
         } else {
-            const QByteArray to = QFile::encodeName(map.toNative(target));
-            ok = !to.isEmpty() && ::rename(from.constData(), to.constData()) == 0;
+            ok = PathForm::namesEntry(target) && FileReplace::move(from, map.toNative(target));
         }
         if (ok)
             ++done;

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QString>
+#include <QStringList>
 
 #include <functional>
 
@@ -12,10 +13,14 @@ namespace vmk
 
 // Climbs the ladder: owner write permission back, delete; if the file is still
 // there: the removal entry for the next start, "Unlock.exe", write permission
-// again, "Delete.exe", and only then tells the user.
+// again, "Delete.exe", and only then tells the user. A path that is not absolute
+// or holds "." or ".." components is refused with a message naming it.
 void ForceDelete(const QString& path);
 // Appends "NUL=<short path>" to the rename list "WinInit.ini" in the system folder.
-void ScheduleDeleteAtReboot(const QString& path);
+// The list keeps whole entries within kPendingRemovalListLimit bytes: an entry that
+// would pass it is refused, with a message naming the file, and false comes back.
+bool ScheduleDeleteAtReboot(const QString& path);
+constexpr qsizetype kPendingRemovalListLimit = 32768;
 // The 8.3 form of an existing path ("E:\MISDOC~1\run.exe"); "" when it does not exist.
 QString GetShortPath(const QString& path);
 // Start-up runs the rename list left by earlier sessions: each "NUL=path" entry
@@ -26,9 +31,10 @@ int ProcessPendingRemovals();
 // system folder while start-up has not set SystemFolder.
 QString PendingRemovalListPath();
 
-// How the helper programs are run; tests install a runner that records the
-// command lines. The default is RunAndWait.
-using HelperRunner = std::function<void(const QString& commandLine)>;
+// How the helper programs are run: the program's name and its arguments as a
+// list, so that a name holding quotes or blanks reaches the helper whole. Tests
+// install a runner that records them. The default is platform RunAndWait.
+using HelperRunner = std::function<void(const QString& program, const QStringList& arguments)>;
 HelperRunner SetHelperRunner(HelperRunner runner);
 
 } // namespace vmk

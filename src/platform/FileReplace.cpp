@@ -1,30 +1,42 @@
 #include "platform/FileReplace.h"
 
+#include "platform/FileRemoval.h"
+
 #include <QFile>
 #include <QFileInfo>
 
 #include <cstdio>
 
 #include <fcntl.h>
-#include <unistd.h>
 
 namespace vmk
 {
 
-bool FileReplace::replace(const QString& nativeSource, const QString& nativeTarget)
+bool FileReplace::exchange(const QString& nativeA, const QString& nativeB)
+{
+    const QByteArray a = QFile::encodeName(nativeA), b = QFile::encodeName(nativeB);
+    return !a.isEmpty() && !b.isEmpty()
+        && ::renameat2(AT_FDCWD, a.constData(), AT_FDCWD, b.constData(), RENAME_EXCHANGE) == 0;
+}
+
+bool FileReplace::move(const QString& nativeSource, const QString& nativeTarget)
 {
     const QByteArray from = QFile::encodeName(nativeSource), to = QFile::encodeName(nativeTarget);
+    return !from.isEmpty() && !to.isEmpty() && std::rename(from.constData(), to.constData()) == 0;
+}
+
+bool FileReplace::replace(const QString& nativeSource, const QString& nativeTarget)
+{
     // Renaming over an existing file makes ext4 push the new file's data to the
     // disk first (its guard against empty files after a crash): about a second
     // per gigabyte. Exchanging the two names is just as atomic and does not; the
     // old data then goes under the source's name. Filesystems without the
     // exchange get the plain rename, which replaces the target in one step too.
-    if (QFileInfo(nativeTarget).isFile()
-        && ::renameat2(AT_FDCWD, from.constData(), AT_FDCWD, to.constData(), RENAME_EXCHANGE) == 0) {
-        ::unlink(from.constData());
+    if (QFileInfo(nativeTarget).isFile() && exchange(nativeSource, nativeTarget)) {
+        FileRemoval::makeWritableAndRemove(nativeSource, false);
         return true;
     }
-    return std::rename(from.constData(), to.constData()) == 0;
+    return move(nativeSource, nativeTarget);
 }
 
 } // namespace vmk

@@ -1,6 +1,7 @@
 #include "platform/HelperArgument.h"
 
 #include "platform/DriveMap.h"
+#include "platform/PathForm.h"
 
 #include <QCoreApplication>
 #include <QStringList>
@@ -14,10 +15,14 @@ std::optional<QString> HelperPathArgument(const char* toolName)
 {
     QStringList args = QCoreApplication::arguments();
     args.removeFirst();
-    // A path with spaces may arrive split when the caller's quotes were lost.
-    const QString given = args.join(u' ');
-    if (given.isEmpty()) {
-        std::fprintf(stderr, "usage: %s \"path\"\n", toolName);
+    if (args.size() != 1 || args.first().isEmpty()) {
+        std::fprintf(stderr, "usage: %s PATH (one absolute path, as one argument)\n", toolName);
+        return std::nullopt;
+    }
+    const QString given = args.first();
+    if (!PathForm::namesEntry(given)) {
+        std::fprintf(stderr, "%s: refused, the path is not absolute or holds \".\" or \"..\": %s\n", toolName,
+            given.toUtf8().constData());
         return std::nullopt;
     }
     const QString native = DriveMap::instance().nativeOfArgument(given);

@@ -7,10 +7,11 @@
 namespace vmk
 {
 
-// The one quoted path that the removal helpers (Unlock.exe, Delete.exe) take, as a
+// The one path that the removal helpers (Unlock.exe, Delete.exe) take, as a
 // native path: a drive-letter path goes through the drive map, a host path passes.
-// On a missing argument or an unknown drive it prints the reason to standard error
-// and gives nothing; the helper then exits with 2.
+// It must come as exactly one argument, absolute and without "." or ".."
+// components: a helper that removes never guesses which file was meant. Otherwise
+// the reason goes to standard error and nothing is given; the helper exits with 2.
 std::optional<QString> HelperPathArgument(const char* toolName);
 
 } // namespace vmk

@@ -82,18 +82,24 @@ RunOutcome RunAndWait(const QString& commandLine)
         outcome.error = QStringLiteral("empty command line");
         return outcome;
     }
-    const QString program = ResolveProgram(parts.first());
+    const QString program = parts.takeFirst();
+    return RunAndWait(program, parts);
+}
+
+RunOutcome RunAndWait(const QString& programName, const QStringList& arguments)
+{
+    RunOutcome outcome;
+    const QString program = ResolveProgram(programName);
     if (program.isEmpty()) {
-        outcome.error = QStringLiteral("program not found: ") + parts.first();
+        outcome.error = QStringLiteral("program not found: ") + programName;
         return outcome;
     }
-    parts.removeFirst();
     QProcess process;
     QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
     env.insert(QString::fromLatin1(DriveMap::kInheritedVariable), DriveMap::instance().exportForChildren());
     process.setProcessEnvironment(env);
     process.setProgram(program);
-    process.setArguments(parts);
+    process.setArguments(arguments);
     process.setProcessChannelMode(QProcess::ForwardedChannels);
     process.setInputChannelMode(QProcess::ForwardedInputChannel);
     process.start();

@@ -27,5 +27,8 @@ QString ResolveProgram(const QString& program);
 // every 50 ms of waiting; the wait itself sleeps in the kernel, never spins.
 // The child inherits the drive map so that it sees the same letters.
 RunOutcome RunAndWait(const QString& commandLine);
+// The same for a program and its arguments as a list: each argument reaches the
+// program whole, whatever quotes or blanks it holds.
+RunOutcome RunAndWait(const QString& program, const QStringList& arguments);
 
 } // namespace vmk::platform

@@ -1,6 +1,8 @@
 #include "scanner/QuarantinePurge.h"
 
 #include "foundation/ForceDelete.h"
+#include "foundation/WalkGuard.h"
+#include "platform/DriveMap.h"
 #include "platform/FileSearch.h"
 
 #include <QFileInfo>
@@ -30,17 +32,19 @@ void SetCreationTimeHook(CreationTimeHook hook)
     hookSlot() = std::move(hook);
 }
 
-int PurgeOldFiles(const QString& folder, int deleteAfterDays, const QDate& today)
+namespace
 {
-    QString base = folder;
-    if (!base.endsWith(QLatin1Char('\\')))
-        base += QLatin1Char('\\');
+// The walk goes by the host names the listing gives, never back through the
+// namespace, and enters real folders only: links to folders and kernel mounts
+// carry the junction word and are passed by, so it cannot leave the folder.
+int purgeNative(const QString& nativeFolder, int deleteAfterDays, const QDate& today)
+{
     int removed = 0;
-    for (const FoundEntry& e : FileSearch::list(base, QStringLiteral("*.*"))) {
+    for (const FoundEntry& e : FileSearch::listNative(nativeFolder, QStringLiteral("*.*"))) {
         if (e.attributes == AttrJunction)
             continue;
         if (e.attributes & AttrDirectory) {
-            removed += PurgeOldFiles(base + e.name + QLatin1Char('\\'), deleteAfterDays, today);
+            removed += purgeNative(e.nativePath, deleteAfterDays, today);
             continue;
         }
         // The creation day is taken in UTC, as the file system records it, and
@@ -50,11 +54,18 @@ int PurgeOldFiles(const QString& folder, int deleteAfterDays, const QDate& today
             continue;
         const qint64 days = created.toUTC().date().daysTo(today);
         if (days > deleteAfterDays) {
-            ForceDelete(base + e.name);
+            ForceDelete(DriveMap::instance().toLogical(e.nativePath));
             ++removed;
         }
     }
     return removed;
+}
+} // namespace
+
+int PurgeOldFiles(const QString& folder, int deleteAfterDays, const QDate& today)
+{
+    const auto native = WalkGuard::folderForDeletingWalk(folder, QStringLiteral("#QuarenteneFolder"));
+    return native ? purgeNative(*native, deleteAfterDays, today) : 0;
 }
 
 } // namespace vmk::scanner

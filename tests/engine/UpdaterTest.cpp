@@ -148,6 +148,12 @@ TEST_F(Updater, InterruptedSwapIsUndoneAndHttpAndFtpSourcesWork)
     ASSERT_TRUE(writeFile(path("updates/vormak.cud"), m_original));
     EXPECT_TRUE(run("source=updates\n").contains("Nothing to update"));
     EXPECT_EQ(readFile(path("sigs/vormak.cud")), m_original);
+    // A run cut right after its exchange left the old set in sigs.new: sigs is the
+    // new set and stays, the old one is cleared.
+    ASSERT_TRUE(writeFile(path("sigs.new/vormak.cud"), "the set before"));
+    EXPECT_TRUE(run("source=updates\n").contains("Nothing to update"));
+    EXPECT_EQ(readFile(path("sigs/vormak.cud")), m_original);
+    EXPECT_FALSE(QFileInfo::exists(path("sigs.new")));
 
     const QByteArray v2 = buildContainer(2, "VMK-UPDATE-HTTP");
     ASSERT_TRUE(writeFile(path("served/vormak.cud"), v2));

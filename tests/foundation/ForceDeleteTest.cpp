@@ -22,13 +22,13 @@ namespace
 {
 const char kRebootText[] = "¡El archivo será eliminado en el próximo reinicio de su sistema!";
 
-// Records the helper command lines together with the rename list as it stood
+// Records each helper run as "program|argument|..." together with the rename list as it stood
 // when each helper ran, and the mouse pointer changes.
 struct LadderWatch {
     LadderWatch()
     {
-        m_previous = SetHelperRunner([this](const QString& line) {
-            commands << line;
+        m_previous = SetHelperRunner([this](const QString& program, const QStringList& arguments) {
+            commands << (QStringList { program } + arguments).join(u'|');
             listAtRun << QString::fromUtf8(test::readFile(PendingRemovalListPath()));
         });
         SetMousePointerHook([this](int p) { pointers << p; });
@@ -90,8 +90,7 @@ TEST_F(ForceDeleteTest, LadderOrderRebootEntryFirstThenTheTools)
     ForceDelete(path);
 
     EXPECT_EQ(watch.commands,
-        (QStringList {
-            "Unlock.exe \"E:\\Mis Documentos\\run me.exe\"", "Delete.exe \"E:\\Mis Documentos\\run me.exe\"" }));
+        (QStringList { "Unlock.exe|E:\\Mis Documentos\\run me.exe", "Delete.exe|E:\\Mis Documentos\\run me.exe" }));
     ASSERT_EQ(watch.listAtRun.size(), 2);
     EXPECT_EQ(watch.listAtRun[0], QStringLiteral("[Rename]\r\nNUL=E:\\MISDOC~1\\RUNME~1.EXE\r\n"));
     EXPECT_EQ(messages.texts, QStringList { QString::fromUtf8(kRebootText) });
@@ -125,6 +124,15 @@ TEST_F(ForceDeleteTest, RenameListWithoutFinalLineBreakGetsOne)
     ASSERT_TRUE(test::writeFile(systemNative() + "/WinInit.ini", "[Rename]\r\nE:\\y.txt=E:\\X.TXT\r\n"));
     EXPECT_EQ(ProcessPendingRemovals(), 1);
     EXPECT_TRUE(QFile::exists(m_root + "/y.txt"));
+    // Entries that climb or name a whole drive are passed over.
+    ASSERT_TRUE(test::writeFile(m_root + "/D/keep.txt", "x"));
+    ASSERT_TRUE(test::writeFile(systemNative() + "/WinInit.ini",
+        "[Rename]\r\nNUL=E:\\D\\..\\y.txt\r\nNUL=E:\\\r\nNUL=E:\r\nE:\\D\\..\\z.txt=E:\\D\\keep.txt\r\n"
+        "NUL=E:\\D\\.\\keep.txt\r\n"));
+    EXPECT_EQ(ProcessPendingRemovals(), 0);
+    EXPECT_TRUE(QFile::exists(m_root + "/y.txt"));
+    EXPECT_TRUE(QFile::exists(m_root + "/D/keep.txt"));
+    EXPECT_FALSE(QFile::exists(m_root + "/z.txt"));
 }
 
 TEST_F(ForceDeleteTest, LeftoverEntryNeverRemovesTheNeighbourThatInheritsItsShortName)
@@ -188,4 +196,143 @@ TEST_F(ForceDeleteTest, RealHelperProgramsRemoveAnImmutableFile)
     EXPECT_TRUE(messages.texts.isEmpty());
     // The reboot entry stands, harmless.
     EXPECT_TRUE(test::readFile(PendingRemovalListPath()).contains("NUL=E:\\Locked\\virus.exe"));
+}
+
+namespace
+{
+int runHelperProgram(const QString& program, const QStringList& arguments)
+{
+    QProcess p;
+    QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
+    env.insert(DriveMap::kInheritedVariable, DriveMap::instance().exportForChildren());
+    p.setProcessEnvironment(env);
+    p.start(test::binDir() + "/" + program, arguments);
+    p.waitForFinished(30000);
+    return p.exitCode();
+}
+} // namespace
+
+// A name holding a quote, or folders named `."."`, reach the helpers whole: the
+// locked file named goes, and no other file.
+TEST_F(ForceDeleteTest, QuotesAndDotNamesReachTheHelpersWhole)
+{
+    {
+        // What the helpers are given: the program and the path as one argument.
+        LadderWatch watch;
+        test::MessageRecorder messages;
+        ASSERT_TRUE(test::writeFile(m_root + "/Q/x\"y/inner", "x"));
+        ForceDelete(QStringLiteral("E:\\Q\\x\"y"));
+        EXPECT_EQ(watch.commands, (QStringList { "Unlock.exe|E:\\Q\\x\"y", "Delete.exe|E:\\Q\\x\"y" }));
+        QDir(m_root + "/Q").removeRecursively();
+    }
+
+    ASSERT_TRUE(test::writeFile(m_root + "/Q/x\"y", "locked"));
+    ASSERT_TRUE(test::writeFile(m_root + "/Q/xy", "neighbour"));
+    ASSERT_TRUE(test::writeFile(m_root + "/Q/.\".\"/victim", "locked"));
+    ASSERT_TRUE(test::writeFile(m_root + "/victim", "user document"));
+    if (!setImmutable(m_root + "/Q/x\"y", true) || !setImmutable(m_root + "/Q/.\".\"/victim", true))
+        GTEST_SKIP() << "the filesystem or this user cannot set the immutable flag";
+    test::MessageRecorder messages;
+    const QString oldDir = QDir::currentPath();
+    QDir::setCurrent(test::binDir()); // the helpers are found through the current folder
+    ForceDelete(QStringLiteral("E:\\Q\\x\"y"));
+    ForceDelete(QStringLiteral("E:\\Q\\.\".\"\\victim"));
+    QDir::setCurrent(oldDir);
+    for (const char* left : { "/Q/x\"y", "/Q/.\".\"/victim" }) {
+        if (QFile::exists(m_root + left))
+            setImmutable(m_root + left, false);
+    }
+    EXPECT_FALSE(QFile::exists(m_root + "/Q/x\"y"));
+    EXPECT_FALSE(QFile::exists(m_root + "/Q/.\".\"/victim"));
+    EXPECT_EQ(test::readFile(m_root + "/Q/xy"), QByteArray("neighbour"));
+    EXPECT_EQ(test::readFile(m_root + "/victim"), QByteArray("user document"));
+    EXPECT_TRUE(messages.texts.isEmpty()) << messages.texts.join(u'|').toStdString();
+
+    // The helpers take one absolute path without "." or "..", and nothing else.
+    ASSERT_TRUE(test::writeFile(m_root + "/Q/.\".\"/victim", "x"));
+    const QString nativeVictim = m_root + "/Q/../victim";
+    for (const QStringList& bad :
+        QList<QStringList> { { "E:\\Q\\..\\victim" }, { "E:\\Q\\.\\..\\victim" }, { nativeVictim }, { "victim" },
+            { "Q\\..\\victim" }, { "E:\\Q\\.\"", "\"\\victim" }, { "E:\\" }, { "/" }, {} }) {
+        EXPECT_EQ(runHelperProgram("Delete.exe", bad), 2) << bad.join(u' ').toStdString();
+        EXPECT_EQ(runHelperProgram("Unlock.exe", bad), 2) << bad.join(u' ').toStdString();
+    }
+    EXPECT_EQ(test::readFile(m_root + "/victim"), QByteArray("user document"));
+    EXPECT_EQ(runHelperProgram("Delete.exe", { "E:\\Q\\.\".\"\\victim" }), 0);
+    EXPECT_TRUE(QFile::exists(m_root + "/victim"));
+
+    // ForceDelete itself refuses a path that could climb, and says so.
+    ForceDelete(QStringLiteral("E:\\Q\\..\\victim"));
+    ForceDelete(QStringLiteral("victim"));
+    ForceDelete(QStringLiteral("E:\\"));
+    EXPECT_TRUE(QFile::exists(m_root + "/victim"));
+    ASSERT_EQ(messages.texts.size(), 3);
+    EXPECT_EQ(messages.texts[0], QStringLiteral("¡Ruta no válida, no se elimina nada!\r\nE:\\Q\\..\\victim"));
+}
+
+// The leftover-removal list grows to its limit with whole entries only; the entry
+// that would pass it is refused and told, and the next start removes exactly the
+// files listed.
+TEST_F(ForceDeleteTest, LongLeftoverListKeepsWholeEntries)
+{
+    test::MessageRecorder messages;
+    auto native = [this](const QString& logical) { return m_root + u'/' + logical.mid(3).replace(u'\\', u'/'); };
+    // Names of different lengths, so that no cut could fall between two entries;
+    // each component is an 8.3 name, so the entry holds it as it stands.
+    const QString deep = QStringLiteral("E:\\LEFTOVER\\DEEPFOLD\\DEEPFOLD\\DEEPFOLD\\GROUP%1\\");
+    const int groups = 16;
+    // A list written by earlier sessions up to a few entries short of the limit,
+    // then removals scheduled one by one until the list is full.
+    QStringList scheduled;
+    QStringList refused;
+    QByteArray earlier = "[Rename]\r\n";
+    bool filled = false;
+    for (int i = 0; i < 2000 && refused.isEmpty(); ++i) {
+        const QString name = QStringLiteral("%1.%2").arg(i, 1 + i % 8, 10, QLatin1Char('0')).arg(i % 3 ? "TXT" : "T");
+        const QString path = deep.arg(i % groups, 3, 10, QLatin1Char('0')) + name;
+        ASSERT_TRUE(test::writeFile(native(path), "x"));
+        if (!filled && earlier.size() < kPendingRemovalListLimit - 400) {
+            earlier += "NUL=" + GetShortPath(path).toUtf8() + "\r\n";
+            scheduled << path;
+            continue;
+        }
+        if (!filled) {
+            ASSERT_TRUE(test::writeFile(PendingRemovalListPath(), earlier));
+            filled = true;
+        }
+        (ScheduleDeleteAtReboot(path) ? scheduled : refused) << path;
+    }
+    ASSERT_EQ(refused.size(), 1) << "the list never filled";
+    ASSERT_GT(scheduled.size(), 400);
+    ASSERT_EQ(messages.texts.size(), 1);
+    EXPECT_EQ(messages.texts[0],
+        QStringLiteral("¡La lista de archivos a eliminar en el próximo reinicio está llena!\r\n") + refused[0]);
+
+    const QByteArray list = test::readFile(PendingRemovalListPath());
+    EXPECT_LE(list.size(), kPendingRemovalListLimit);
+    EXPECT_GT(list.size(), kPendingRemovalListLimit - 80);
+    QStringList entries;
+    for (const QByteArray& line : list.split('\n')) {
+        if (line.startsWith("NUL="))
+            entries << QString::fromUtf8(line.mid(4)).chopped(1);
+    }
+    EXPECT_EQ(entries, scheduled);
+    EXPECT_TRUE(list.endsWith("\r\n"));
+
+    // Files whose names are the beginnings of listed ones, as a cut would leave them.
+    QStringList all;
+    for (int g = 0; g < groups; ++g) {
+        const QString folder = deep.arg(g, 3, 10, QLatin1Char('0'));
+        for (const char* d : { "0", "00", "000", "1", "10", "100", "1000", "1", "1.T", "1.TX" }) {
+            if (!QFile::exists(native(folder + QLatin1String(d)))) {
+                ASSERT_TRUE(test::writeFile(native(folder + QLatin1String(d)), "decoy"));
+            }
+        }
+        for (const QString& name : QDir(native(folder)).entryList(QDir::Files))
+            all << folder + name;
+    }
+    EXPECT_EQ(ProcessPendingRemovals(), scheduled.size());
+    for (const QString& path : all)
+        EXPECT_EQ(QFile::exists(native(path)), !scheduled.contains(path)) << path.toStdString();
+    EXPECT_TRUE(QFile::exists(native(refused[0])));
 }

