@@ -210,6 +210,11 @@ TEST(DeflatePipeline, ParallelCompressKeepsTheEventOrderAndStopsOnAbort)
     QFile::remove(archive);
     zip.events() = {};
     zip.setFilesToProcess(vmk::test::TestDrive::logical(dir.filePath("in")) + "\\*");
+    // A temporary folder of this test's own, so archives built by tests running
+    // beside it cannot look like a work folder left behind.
+    QTemporaryDir privateTemp;
+    const QByteArray oldTemp = qgetenv("TMPDIR");
+    qputenv("TMPDIR", privateTemp.path().toLocal8Bit());
     const QStringList tempsBefore = QDir(QDir::tempPath()).entryList({ "vmkzip-*" }, QDir::Dirs);
     bool heard = false;
     int heardAfter = 0;
@@ -227,6 +232,7 @@ TEST(DeflatePipeline, ParallelCompressKeepsTheEventOrderAndStopsOnAbort)
     EXPECT_LT(heardAfter, 20) << "the work stops soon after the flag";
     EXPECT_FALSE(QFile::exists(archive));
     EXPECT_EQ(QDir(QDir::tempPath()).entryList({ "vmkzip-*" }, QDir::Dirs), tempsBefore);
+    qputenv("TMPDIR", oldTemp);
 }
 
 // Updating an archive: a replaced entry keeps its place, so the library reads
