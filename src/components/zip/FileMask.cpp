@@ -3,12 +3,16 @@
 namespace vmk::zip
 {
 
-FileMask::FileMask(const QString& line)
+FileMask::FileMask(const QString& line, bool literal)
 {
     QString s = line.trimmed();
     if (s.endsWith(QLatin1String("<r>"), Qt::CaseInsensitive)) {
         m_recursive = true;
         s.chop(3);
+    }
+    if (literal) {
+        m_exact = s;
+        return;
     }
     if (s.endsWith('\\')) {
         m_folder = s.chopped(1);

@@ -11,11 +11,13 @@ namespace vmk::zip
 //   "E:\Docs\*.txt"    files of that folder whose names match the wildcard
 //   "E:\Docs\*<r>"     the folder and everything below it ("<r>" after any mask)
 //   "*.tmp", "*"       file names anywhere
-// Matching ignores case, as the drive's own filesystem does.
+// Matching ignores case, as the drive's own filesystem does. "*" and "?" are
+// wildcards only in a line meant as a mask: a line made `literal` (its owner
+// found a file of exactly that name) names that one path, "*" and "?" included.
 class FileMask
 {
 public:
-    explicit FileMask(const QString& line);
+    explicit FileMask(const QString& line, bool literal = false);
 
     bool recursive() const { return m_recursive; }
     // The folder part without a trailing "\"; empty for a bare mask.

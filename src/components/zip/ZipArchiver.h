@@ -75,11 +75,21 @@ public:
 
     ZipEvents& events() { return m_events; }
 
+    // Why the last extract answered ZipNoSpace: the folder (interface form), the
+    // bytes its entries need and the bytes free there.
+    struct SpaceShortage {
+        QString folder;
+        qint64 needed = 0;
+        qint64 available = 0;
+    };
+    SpaceShortage spaceShortage() const { return m_shortage; }
+
 private:
     struct PlannedFile;
     class Run;
 
     void walkLine(const QString& line, QList<PlannedFile>& out, Run& run);
+    void skipUnreadable(const QString& source, int reason, Run& run);
     void addFile(PlannedFile file, const QString& baseFolder, QList<PlannedFile>& out, Run& run);
     bool isExcluded(const QString& logical) const;
     int finish(int result);
@@ -94,6 +104,7 @@ private:
     int m_method = 8;
     std::atomic<bool> m_abort { false };
     ZipEvents m_events;
+    SpaceShortage m_shortage;
 };
 
 } // namespace vmk::zip
