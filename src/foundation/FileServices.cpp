@@ -6,6 +6,7 @@
 #include "platform/DriveFigures.h"
 #include "platform/DriveMap.h"
 #include "platform/FileSearch.h"
+#include "platform/NativeName.h"
 #include "platform/Pump.h"
 #include "platform/RunAndWait.h"
 #include "platform/SpecialFolders.h"
@@ -84,7 +85,7 @@ bool FileExists(const QString& path)
 {
     const QString native = nativeOf(path);
     struct stat st;
-    return !native.isEmpty() && ::stat(QFile::encodeName(native).constData(), &st) == 0;
+    return !native.isEmpty() && ::stat(NativeName::toBytes(native).constData(), &st) == 0;
 }
 
 bool FolderMissing(const QString& path)
@@ -163,8 +164,9 @@ bool CopyFileInBlocks(const QString& source, const QString& target)
     if (FileExists(target))
         ForceDelete(target);
 
-    const QByteArray src = QFile::encodeName(nativeOf(source));
-    const QByteArray dst = QFile::encodeName(nativeOf(target));
+    // By the names' real bytes: a Latin-1 name from an old stick copies like any other.
+    const QByteArray src = NativeName::toBytes(nativeOf(source));
+    const QByteArray dst = NativeName::toBytes(nativeOf(target));
     int in = -1;
     int out = -1;
     auto failure = [&]() {
