@@ -12,6 +12,7 @@ FileMask::FileMask(const QString& line, bool literal)
     }
     if (literal) {
         m_exact = s;
+        m_case = Qt::CaseSensitive;
         return;
     }
     if (s.endsWith('\\')) {
@@ -32,10 +33,10 @@ FileMask::FileMask(const QString& line, bool literal)
 bool FileMask::matches(const QString& path) const
 {
     if (isExact()) {
-        if (path.compare(m_exact, Qt::CaseInsensitive) == 0)
+        if (path.compare(m_exact, m_case) == 0)
             return true;
         // A folder named exactly with "<r>" covers what lies below it.
-        return m_recursive && path.startsWith(m_exact + '\\', Qt::CaseInsensitive);
+        return m_recursive && path.startsWith(m_exact + '\\', m_case);
     }
     const qsizetype cut = path.lastIndexOf('\\');
     const QStringView name = cut < 0 ? QStringView(path) : QStringView(path).mid(cut + 1);

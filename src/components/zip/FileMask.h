@@ -13,7 +13,8 @@ namespace vmk::zip
 //   "*.tmp", "*"       file names anywhere
 // Matching ignores case, as the drive's own filesystem does. "*" and "?" are
 // wildcards only in a line meant as a mask: a line made `literal` (its owner
-// found a file of exactly that name) names that one path, "*" and "?" included.
+// found a path spelled exactly so) names that one path, "*" and "?" included,
+// and matches it with its case, so it never takes in a name differing in case.
 class FileMask
 {
 public:
@@ -37,6 +38,7 @@ public:
 private:
     QString m_folder, m_mask, m_exact;
     bool m_recursive = false;
+    Qt::CaseSensitivity m_case = Qt::CaseInsensitive;
 };
 
 } // namespace vmk::zip

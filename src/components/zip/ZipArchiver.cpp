@@ -91,14 +91,29 @@ int reasonForKind(EntryKind kind)
     }
 }
 
-// A line whose wildcards name an existing path exactly is that path, not a mask.
-FileMask maskOfLine(const QString& line, const std::function<bool(const QString&)>& exists)
+// A line that names an existing path is that path as it is spelled there, "*"
+// and "?" included: only a line that names nothing is a mask, and only a name
+// that does not exist exactly falls back to matching without case. `resolve`
+// gives the existing spelling, or "" when nothing has that name.
+FileMask maskOfLine(const QString& line, const std::function<QString(const QString&)>& resolve)
 {
     const FileMask mask(line);
-    if (mask.isExact())
+    const QString path = FileMask(line, true).exactPath();
+    if (path.isEmpty() || path.endsWith('\\'))
         return mask;
-    const FileMask literal(line, true);
-    return exists(literal.exactPath()) ? literal : mask;
+    const QString found = resolve(path);
+    if (found.isEmpty())
+        return mask;
+    return FileMask(mask.recursive() ? found + QStringLiteral("<r>") : found, true);
+}
+
+// The existing spelling of a path with a drive letter on the host.
+QString existingSpelling(const QString& logical)
+{
+    if (!DriveMap::hasDriveLetter(logical))
+        return {};
+    const QString native = ZipPaths::toNative(logical);
+    return NativeFile::exists(native) ? ZipPaths::toLogical(native) : QString();
 }
 
 // Names in the archive are bytes: UTF-8 as a rule, any other bytes kept as they
@@ -429,12 +444,8 @@ void ZipArchiver::setCompressionMethod(int method)
 
 bool ZipArchiver::isExcluded(const QString& logical) const
 {
-    for (const QString& line : m_exclude)
-        if (maskOfLine(line, [](const QString& p) {
-                return NativeFile::exists(ZipPaths::toNative(p));
-            }).matches(logical))
-            return true;
-    return false;
+    return std::any_of(
+        m_excludeMasks.begin(), m_excludeMasks.end(), [&logical](const FileMask& m) { return m.matches(logical); });
 }
 
 void ZipArchiver::skipUnreadable(const QString& source, int reason, Run& run)
@@ -486,7 +497,7 @@ void ZipArchiver::walkLine(const QString& line, QList<PlannedFile>& out, Run& ru
 {
     // A name holding "*" or "?" is itself when it exists: only a line that names
     // nothing is a mask.
-    const FileMask fs = maskOfLine(line, [](const QString& p) { return NativeFile::exists(ZipPaths::toNative(p)); });
+    const FileMask fs = maskOfLine(line, existingSpelling);
     const QString named = fs.isExact() ? fs.exactPath() : fs.folder();
     const QString native = named.isEmpty() ? QString() : ZipPaths::toNative(named);
     const std::optional<FoundEntry> found = FileSearch::entryOfNative(native);
@@ -556,6 +567,9 @@ int ZipArchiver::compress()
     if (m_archiveName.trimmed().isEmpty())
         return finish(ZipNoArchiveName);
     Run run(*this);
+    m_excludeMasks.clear();
+    for (const QString& line : m_exclude)
+        m_excludeMasks << maskOfLine(line, existingSpelling);
     QList<PlannedFile> files;
     for (const QString& line : m_process) {
         walkLine(line, files, run);
@@ -813,7 +827,7 @@ int ZipArchiver::extract()
         names.insert(all.last().name);
     }
     // A line that is exactly an entry's name picks that entry, "*" and "?" included.
-    auto inArchive = [&names](const QString& line) { return names.contains(line); };
+    auto inArchive = [&names](const QString& line) { return names.contains(line) ? line : QString(); };
     QList<FileMask> process, exclude;
     for (const QString& line : m_process)
         process << maskOfLine(line, inArchive);

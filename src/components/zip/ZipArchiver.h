@@ -1,5 +1,6 @@
 #pragma once
 
+#include "components/zip/FileMask.h"
 #include "components/zip/ZipEvents.h"
 
 #include <QString>
@@ -97,6 +98,7 @@ private:
 
     QString m_archiveName, m_extractFolder;
     QStringList m_process, m_exclude;
+    QList<FileMask> m_excludeMasks; // m_exclude as the running compress matches it
     qint64 m_minSize = 0;
     bool m_preservePaths = false;
     bool m_replace = true;
