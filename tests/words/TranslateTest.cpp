@@ -27,7 +27,8 @@ QString tr(int language, const QString& text)
 TEST(Translate, TableHoldsEveryKeyOnceWithFiveTexts)
 {
     const auto& table = vmk::TranslationTable();
-    ASSERT_EQ(table.size(), 230u);
+    // The program's 230 texts, and those added since for new messages.
+    ASSERT_GE(table.size(), 230u);
     QSet<QString> keys;
     for (const auto& row : table) {
         EXPECT_FALSE(row.key.isEmpty());
@@ -43,7 +44,7 @@ TEST(Translate, TableHoldsEveryKeyOnceWithFiveTexts)
             EXPECT_FALSE(cell.contains(u'\t'));
         }
     }
-    EXPECT_EQ(keys.size(), 230);
+    EXPECT_EQ(static_cast<size_t>(keys.size()), table.size());
     // Table order: first, a few in the middle, last.
     EXPECT_EQ(table.front().key, QStringLiteral("Leyendo configuración"));
     EXPECT_EQ(table[4].key, QStringLiteral("Aceptar"));
