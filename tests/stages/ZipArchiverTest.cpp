@@ -80,6 +80,99 @@ QStringList vmkTempDirs()
 }
 } // namespace
 
+namespace
+{
+// Writes a file whose name is given as raw bytes (which need not be UTF-8).
+bool writeRawName(const QByteArray& path, const QByteArray& bytes)
+{
+    const int fd = ::open(path.constData(), O_WRONLY | O_CREAT | O_TRUNC, 0644);
+    if (fd < 0)
+        return false;
+    const bool ok = ::write(fd, bytes.constData(), static_cast<size_t>(bytes.size())) == bytes.size();
+    return ::close(fd) == 0 && ok;
+}
+
+QByteArray readRawName(const QByteArray& path)
+{
+    QFile f;
+    const int fd = ::open(path.constData(), O_RDONLY);
+    if (fd < 0 || !f.open(fd, QIODevice::ReadOnly, QFileDevice::AutoCloseHandle))
+        return {};
+    return f.readAll();
+}
+
+// An archive written by Python's zipfile, one entry per (name, data) pair in
+// order, a name given twice included.
+bool pythonZip(const QString& path, const QList<QPair<QString, QString>>& entries)
+{
+    QString script = "import sys,zipfile,warnings\n"
+                     "warnings.simplefilter('ignore')\n"
+                     "z=zipfile.ZipFile(sys.argv[1],'w',zipfile.ZIP_DEFLATED)\n"
+                     "for i in range(2, len(sys.argv), 2): z.writestr(sys.argv[i], sys.argv[i+1])\n"
+                     "z.close()\n";
+    QStringList args { "-c", script, path };
+    for (const auto& [name, data] : entries)
+        args << name << data;
+    return run("/usr/bin/python3", args) == 0;
+}
+
+// Extracts every entry of the archive into the folder: the result, and each
+// skipped name with its reason.
+QPair<int, QStringList> extractAll(ZipArchiver& zip, const QString& archive, const QString& into)
+{
+    QStringList skipped;
+    zip.setArchiveName(iface(archive));
+    zip.setFilesToProcess("*");
+    zip.setExtractFolder(iface(into));
+    zip.events().skippingFile = [&](const QString& n, int r) { skipped << QString("%1 %2").arg(n).arg(r); };
+    const int result = zip.extract();
+    zip.events().skippingFile = nullptr;
+    return { result, skipped };
+}
+
+QStringList entriesOf(ZipArchiver& zip, const QString& archive)
+{
+    QStringList listed;
+    zip.setArchiveName(iface(archive));
+    zip.events().listingFile = [&](const QString& n, qint64) { listed << n; };
+    EXPECT_EQ(zip.listArchive(), ZipOk);
+    zip.events().listingFile = nullptr;
+    listed.sort();
+    return listed;
+}
+
+// Archives no tool of ours would write, made byte by byte.
+const char* const kRawArchives = R"(
+import struct, sys, zlib
+kind, path = sys.argv[1], sys.argv[2]
+def local(name, crc, packed, plain, data, method=8, extra=b''):
+    return struct.pack('<IHHHHHIIIHH', 0x04034b50, 45, 0, method, 0, 0, crc, packed, plain, len(name), len(extra)) + name + extra + data
+def central(name, crc, packed, plain, offset, method=8, extra=b''):
+    return struct.pack('<IHHHHHHIIIHHHHHII', 0x02014b50, 45, 45, 0, method, 0, 0, crc, packed, plain, len(name), len(extra), 0, 0, 0, 0, offset) + name + extra
+def end(count, cd, at):
+    return struct.pack('<IHHHHIIH', 0x06054b50, 0, 0, count, count, len(cd), at, 0)
+def deflate(data):
+    c = zlib.compressobj(9, zlib.DEFLATED, -15)
+    return c.compress(data) + c.flush()
+if kind == 'overlap':
+    # Ten entries over one local record: the data of one, unpacked ten times.
+    data = b'A' * 100000
+    kernel = deflate(data)
+    head = local(b'kernel.txt', zlib.crc32(data), len(kernel), len(data), kernel)
+    cd = b''.join(central(b'f%d.txt' % i, zlib.crc32(data), len(kernel), len(data), 0) for i in range(10))
+    body = head + cd + end(10, cd, len(head))
+else:
+    # One entry whose directory declares a petabyte through the ZIP64 field.
+    data = b'x'
+    kernel = deflate(data)
+    huge = struct.pack('<HHQQ', 1, 16, 1 << 50, len(kernel))
+    head = local(b'huge.bin', zlib.crc32(data), 0xFFFFFFFF, 0xFFFFFFFF, kernel, extra=huge)
+    cd = central(b'huge.bin', zlib.crc32(data), 0xFFFFFFFF, 0xFFFFFFFF, 0, extra=huge)
+    body = head + cd + end(1, cd, len(head))
+open(path, 'wb').write(body)
+)";
+} // namespace
+
 TEST(ZipArchiver, BuildsATreeWithEventsInOrderThatOtherToolsRead)
 {
     QTemporaryDir dir;
@@ -287,25 +380,17 @@ TEST(ZipArchiver, ExtractionRefusesEscapingNamesAndDamagedEntries)
     vmk::test::TestDrive drive(dir.path());
     const QString evil = dir.filePath("evil.zip");
     // Names another tool could put in an archive.
-    const QString script = "import sys,zipfile\n"
-                           "z=zipfile.ZipFile(sys.argv[1],'w',zipfile.ZIP_DEFLATED)\n"
-                           "z.writestr('../escape.txt','x')\n"
-                           "z.writestr('ok/../../escape2.txt','x')\n"
-                           "z.writestr('C:/Windows/owned.txt','x')\n"
-                           "z.writestr('good/fine.txt','fine')\n"
-                           "z.writestr('folder/','')\n"
-                           "z.close()\n";
-    ASSERT_EQ(run("/usr/bin/python3", { "-c", script, evil }), 0);
+    ASSERT_TRUE(pythonZip(evil,
+        { { "../escape.txt", "x" }, { "ok/../../escape2.txt", "x" }, { "C:/Windows/owned.txt", "x" },
+            { "good/fine.txt", "fine" }, { "folder/", "" } }));
     ZipArchiver zip;
-    zip.setArchiveName(iface(evil));
-    zip.setFilesToProcess("*");
     const QString into = dir.filePath("into");
-    zip.setExtractFolder(iface(into));
+    const auto [result, refused] = extractAll(zip, evil, into);
+    EXPECT_EQ(result, ZipFilesSkipped);
+    EXPECT_EQ(
+        refused, (QStringList { "..\\escape.txt 120", "ok\\..\\..\\escape2.txt 120", "C:\\Windows\\owned.txt 120" }));
     QStringList skipped;
     zip.events().skippingFile = [&](const QString& n, int r) { skipped << QString("%1 %2").arg(n).arg(r); };
-    EXPECT_EQ(zip.extract(), ZipFilesSkipped);
-    EXPECT_EQ(
-        skipped, (QStringList { "..\\escape.txt 120", "ok\\..\\..\\escape2.txt 120", "C:\\Windows\\owned.txt 120" }));
     EXPECT_EQ(readFile(into + "/good/fine.txt"), "fine");
     EXPECT_TRUE(QFileInfo(into + "/folder").isDir());
     EXPECT_FALSE(QFile::exists(dir.filePath("escape.txt")));
@@ -373,70 +458,6 @@ TEST(ZipArchiver, UpdatingKeepsEntriesAndStoredNamesFromTheEventRestoreToTheirPl
     EXPECT_EQ(readFile(dir.filePath("alt/one.txt")), "1");
 }
 
-namespace
-{
-// Writes a file whose name is given as raw bytes (which need not be UTF-8).
-bool writeRawName(const QByteArray& path, const QByteArray& bytes)
-{
-    const int fd = ::open(path.constData(), O_WRONLY | O_CREAT | O_TRUNC, 0644);
-    if (fd < 0)
-        return false;
-    const bool ok = ::write(fd, bytes.constData(), static_cast<size_t>(bytes.size())) == bytes.size();
-    return ::close(fd) == 0 && ok;
-}
-
-QByteArray readRawName(const QByteArray& path)
-{
-    QFile f;
-    const int fd = ::open(path.constData(), O_RDONLY);
-    if (fd < 0 || !f.open(fd, QIODevice::ReadOnly, QFileDevice::AutoCloseHandle))
-        return {};
-    return f.readAll();
-}
-
-QStringList entriesOf(ZipArchiver& zip, const QString& archive)
-{
-    QStringList listed;
-    zip.setArchiveName(iface(archive));
-    zip.events().listingFile = [&](const QString& n, qint64) { listed << n; };
-    EXPECT_EQ(zip.listArchive(), ZipOk);
-    zip.events().listingFile = nullptr;
-    listed.sort();
-    return listed;
-}
-
-// Archives no tool of ours would write, made byte by byte.
-const char* const kRawArchives = R"(
-import struct, sys, zlib
-kind, path = sys.argv[1], sys.argv[2]
-def local(name, crc, packed, plain, data, method=8, extra=b''):
-    return struct.pack('<IHHHHHIIIHH', 0x04034b50, 45, 0, method, 0, 0, crc, packed, plain, len(name), len(extra)) + name + extra + data
-def central(name, crc, packed, plain, offset, method=8, extra=b''):
-    return struct.pack('<IHHHHHHIIIHHHHHII', 0x02014b50, 45, 45, 0, method, 0, 0, crc, packed, plain, len(name), len(extra), 0, 0, 0, 0, offset) + name + extra
-def end(count, cd, at):
-    return struct.pack('<IHHHHIIH', 0x06054b50, 0, 0, count, count, len(cd), at, 0)
-def deflate(data):
-    c = zlib.compressobj(9, zlib.DEFLATED, -15)
-    return c.compress(data) + c.flush()
-if kind == 'overlap':
-    # Ten entries over one local record: the data of one, unpacked ten times.
-    data = b'A' * 100000
-    kernel = deflate(data)
-    head = local(b'kernel.txt', zlib.crc32(data), len(kernel), len(data), kernel)
-    cd = b''.join(central(b'f%d.txt' % i, zlib.crc32(data), len(kernel), len(data), 0) for i in range(10))
-    body = head + cd + end(10, cd, len(head))
-else:
-    # One entry whose directory declares a petabyte through the ZIP64 field.
-    data = b'x'
-    kernel = deflate(data)
-    huge = struct.pack('<HHQQ', 1, 16, 1 << 50, len(kernel))
-    head = local(b'huge.bin', zlib.crc32(data), 0xFFFFFFFF, 0xFFFFFFFF, kernel, extra=huge)
-    cd = central(b'huge.bin', zlib.crc32(data), 0xFFFFFFFF, 0xFFFFFFFF, 0, extra=huge)
-    body = head + cd + end(1, cd, len(head))
-open(path, 'wb').write(body)
-)";
-} // namespace
-
 TEST(ZipArchiver, ExtractionFollowsNoLinkAlreadyInTheTarget)
 {
     QTemporaryDir dir;
@@ -451,23 +472,14 @@ TEST(ZipArchiver, ExtractionFollowsNoLinkAlreadyInTheTarget)
     ASSERT_TRUE(QFile::link(outside, into + "/real/deeper"));
 
     const QString archive = dir.filePath("links.zip");
-    const QString script = "import sys,zipfile\n"
-                           "z=zipfile.ZipFile(sys.argv[1],'w',zipfile.ZIP_DEFLATED)\n"
-                           "z.writestr('f.txt','overwritten through the link')\n"
-                           "z.writestr('sub/evil.txt','written through the folder link')\n"
-                           "z.writestr('sub/','')\n"
-                           "z.writestr('real/deeper/evil2.txt','written through the deeper link')\n"
-                           "z.writestr('real/ok.txt','fine')\n"
-                           "z.close()\n";
-    ASSERT_EQ(run("/usr/bin/python3", { "-c", script, archive }), 0);
+    ASSERT_TRUE(pythonZip(archive,
+        { { "f.txt", "overwritten through the link" }, { "sub/evil.txt", "written through the folder link" },
+            { "sub/", "" }, { "real/deeper/evil2.txt", "written through the deeper link" },
+            { "real/ok.txt", "fine" } }));
 
     ZipArchiver zip;
-    zip.setArchiveName(iface(archive));
-    zip.setFilesToProcess("*");
-    zip.setExtractFolder(iface(into));
-    QStringList skipped;
-    zip.events().skippingFile = [&](const QString& n, int r) { skipped << QString("%1 %2").arg(n).arg(r); };
-    EXPECT_EQ(zip.extract(), ZipFilesSkipped);
+    const auto [result, skipped] = extractAll(zip, archive, into);
+    EXPECT_EQ(result, ZipFilesSkipped);
     EXPECT_EQ(skipped, (QStringList { "f.txt 125", "sub\\evil.txt 125", "sub\\ 125", "real\\deeper\\evil2.txt 125" }));
     EXPECT_EQ(readFile(outside + "/victim.txt"), "precious");
     EXPECT_EQ(QDir(outside).entryList(QDir::Files | QDir::Hidden), QStringList { "victim.txt" });
@@ -539,25 +551,13 @@ TEST(ZipArchiver, DuplicateEntriesAreReportedAndCaseOnlyNamesAreAllWritten)
     QTemporaryDir dir;
     vmk::test::TestDrive drive(dir.path());
     const QString archive = dir.filePath("dup.zip");
-    const QString script = "import sys,zipfile,warnings\n"
-                           "warnings.simplefilter('ignore')\n"
-                           "z=zipfile.ZipFile(sys.argv[1],'w',zipfile.ZIP_DEFLATED)\n"
-                           "z.writestr('a.txt','first')\n"
-                           "z.writestr('xt_mark.h','lower')\n"
-                           "z.writestr('xt_MARK.h','upper')\n"
-                           "z.writestr('a.txt','second')\n"
-                           "z.writestr('Dir/x.txt','one')\n"
-                           "z.writestr('dir/x.txt','two')\n"
-                           "z.close()\n";
-    ASSERT_EQ(run("/usr/bin/python3", { "-c", script, archive }), 0);
+    ASSERT_TRUE(pythonZip(archive,
+        { { "a.txt", "first" }, { "xt_mark.h", "lower" }, { "xt_MARK.h", "upper" }, { "a.txt", "second" },
+            { "Dir/x.txt", "one" }, { "dir/x.txt", "two" } }));
     ZipArchiver zip;
-    zip.setArchiveName(iface(archive));
-    zip.setFilesToProcess("*");
     const QString into = dir.filePath("into");
-    zip.setExtractFolder(iface(into));
-    QStringList skipped;
-    zip.events().skippingFile = [&](const QString& n, int r) { skipped << QString("%1 %2").arg(n).arg(r); };
-    EXPECT_EQ(zip.extract(), ZipFilesSkipped);
+    const auto [result, skipped] = extractAll(zip, archive, into);
+    EXPECT_EQ(result, ZipFilesSkipped);
     EXPECT_EQ(skipped, QStringList { "a.txt 123" });
     EXPECT_EQ(readFile(into + "/a.txt"), "first");
     EXPECT_EQ(readFile(into + "/xt_mark.h"), "lower");
@@ -566,9 +566,7 @@ TEST(ZipArchiver, DuplicateEntriesAreReportedAndCaseOnlyNamesAreAllWritten)
     EXPECT_EQ(readFile(into + "/dir/x.txt"), "two");
 
     // Extracting again over the files of the last run replaces them: that is no duplicate.
-    skipped.clear();
-    EXPECT_EQ(zip.extract(), ZipFilesSkipped);
-    EXPECT_EQ(skipped, QStringList { "a.txt 123" });
+    EXPECT_EQ(extractAll(zip, archive, into), qMakePair(int(ZipFilesSkipped), QStringList { "a.txt 123" }));
     EXPECT_EQ(QDir(into).entryList(QDir::Files | QDir::Hidden).size(), 3) << "no temporary file is left";
 }
 
