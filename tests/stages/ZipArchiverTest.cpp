@@ -631,6 +631,13 @@ TEST(ZipArchiver, OddNamesAreCompressedAsThemselvesAndUnreadableEntriesAreReport
         ASSERT_EQ(zip.compress(), ZipOk) << line.toStdString();
         EXPECT_EQ(entriesOf(zip, one), expected) << line.toStdString();
     }
+    // The folder a line names may be a link to one; links met below it are not entered.
+    ASSERT_TRUE(QFile::link(src, dir.filePath("srclink")));
+    ASSERT_TRUE(QFile::link(src, src + "/loop"));
+    zip.setFilesToProcess(iface(dir.filePath("srclink")) + "\\x*.h<r>");
+    ASSERT_EQ(zip.compress(), ZipOk);
+    EXPECT_EQ(entriesOf(zip, one), (QStringList { "xt_MARK.h", "xt_mark.h" }));
+
     // Excluding one of two names that differ in case leaves the other.
     zip.setArchiveName(iface(one));
     zip.setFilesToProcess(iface(src) + "\\x*.h");

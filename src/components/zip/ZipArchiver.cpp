@@ -515,7 +515,9 @@ void ZipArchiver::walkLine(const QString& line, QList<PlannedFile>& out, Run& ru
         addFile(file, parentOf(file.source), out, run);
         return;
     }
-    if (!found || found->kind != EntryKind::Folder) {
+    // The folder a line names is walked even when it is a link to one (the owner
+    // chose it); links to folders met below it are not entered.
+    if (!found || (found->kind != EntryKind::Folder && found->kind != EntryKind::Junction)) {
         run.skip(line, SkipNotFound);
         return;
     }
