@@ -14,11 +14,11 @@
 #include "panel/ControlPanel.h"
 #include "platform/DriveMap.h"
 #include "platform/FileSearch.h"
+#include "platform/NativeName.h"
 #include "scanner/Antivir.h"
 
 #include <QCoreApplication>
 #include <QDir>
-#include <QFileInfo>
 
 #include <atomic>
 #include <condition_variable>
@@ -30,23 +30,32 @@
 namespace
 {
 
+// Names are printed with their real bytes, those that are not UTF-8 included.
 void out(const QString& line)
 {
-    std::fputs(line.toUtf8().constData(), stdout);
+    std::fputs(vmk::NativeName::toBytes(line).constData(), stdout);
     std::fputc('\n', stdout);
 }
 
+// One thing the walk met: a file to scan, or an entry that is reported with the
+// reason it is not scanned.
+struct Target {
+    QString path;
+    vmk::EntryKind kind = vmk::EntryKind::File;
+};
+
 // Depth-first, a folder walked as soon as it is met, skipping entries with the
 // junction word (directory symlinks, kernel filesystems): the scanner's own walk.
-void walk(const QString& folder, QStringList& files)
+// Dangling links, FIFOs, sockets and devices are never opened; each gets its line.
+void walk(const QString& folder, QList<Target>& targets)
 {
     for (const vmk::FoundEntry& e : vmk::FileSearch::listNative(folder)) {
-        if (e.attributes == vmk::AttrJunction)
+        if (e.kind == vmk::EntryKind::Junction)
             continue;
-        if (e.attributes & vmk::AttrDirectory)
-            walk(e.nativePath, files);
+        if (e.kind == vmk::EntryKind::Folder)
+            walk(e.nativePath, targets);
         else
-            files << e.nativePath;
+            targets << Target { e.nativePath, e.kind };
     }
 }
 
@@ -95,9 +104,25 @@ void report(const QString& path, const vmk::FileScanResult& r, Counters& c)
     }
 }
 
+void report(const Target& t, const vmk::FileScanResult& r, Counters& c)
+{
+    if (t.kind == vmk::EntryKind::File) {
+        report(t.path, r, c);
+        return;
+    }
+    ++c.scanned;
+    ++c.errors;
+    out(t.path + ": " + vmk::NotScannedText(t.kind));
+}
+
+vmk::FileScanResult scanTarget(const Target& t, vmk::engine::EngineSession* session = nullptr)
+{
+    return t.kind == vmk::EntryKind::File ? vmk::ScanOneFile(t.path, session) : vmk::FileScanResult {};
+}
+
 // Scans with `jobs` threads, each with its own engine session on the one
 // compiled engine, and reports in the order of `files`.
-void scanParallel(const QStringList& files, int jobs, Counters& c)
+void scanParallel(const QList<Target>& files, int jobs, Counters& c)
 {
     std::vector<vmk::FileScanResult> results(static_cast<size_t>(files.size()));
     std::vector<char> done(static_cast<size_t>(files.size()), 0);
@@ -109,7 +134,7 @@ void scanParallel(const QStringList& files, int jobs, Counters& c)
         workers.emplace_back([&] {
             vmk::engine::EngineSession session;
             for (qsizetype i = next++; i < files.size(); i = next++) {
-                vmk::FileScanResult r = vmk::ScanOneFile(files.at(i), &session);
+                vmk::FileScanResult r = scanTarget(files.at(i), &session);
                 std::lock_guard lock(m);
                 results[static_cast<size_t>(i)] = std::move(r);
                 done[static_cast<size_t>(i)] = 1;
@@ -144,19 +169,22 @@ int runScan(const QStringList& args)
     if (cl.has(QStringLiteral("--no-archive")))
         vmk::engine::setvalue(vmk::engine::Option::ArchiveScan, "0");
 
-    QStringList files;
+    QList<Target> files;
     for (const QString& t : cl.operands()) {
         const QString path = CommandLine::hostPath(t);
-        if (QFileInfo(path).isDir())
-            walk(path, files);
+        const auto entry = vmk::FileSearch::entryOfNative(path);
+        if (entry && entry->kind == vmk::EntryKind::Folder)
+            walk(entry->nativePath, files);
+        else if (entry && entry->kind != vmk::EntryKind::File && entry->kind != vmk::EntryKind::Junction)
+            files << Target { path, entry->kind };
         else
-            files << path; // a missing path is reported by the engine's own code
+            files << Target { path }; // a missing path is reported by the engine's own code
     }
 
     Counters c;
     if (jobs == 1 || files.size() < 2) {
-        for (const QString& f : files)
-            report(f, vmk::ScanOneFile(f), c);
+        for (const Target& f : files)
+            report(f, scanTarget(f), c);
     } else {
         scanParallel(files, jobs, c);
     }

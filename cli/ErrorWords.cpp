@@ -64,7 +64,10 @@ QString zipResult(int zipResult)
     case vmk::zip::ZipFilesSkipped:
         return QStringLiteral("algunos archivos no se extrajeron");
     case vmk::zip::ZipDestinationFull:
+    case vmk::zip::ZipNoSpace:
         return QStringLiteral("no queda espacio en el disco");
+    case vmk::zip::ZipOverlappingEntries:
+        return QStringLiteral("sus entradas comparten sus datos, como las de una bomba zip");
     default:
         return QStringLiteral("falló el compresor");
     }

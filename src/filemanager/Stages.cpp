@@ -2,6 +2,7 @@
 
 #include "components/cipher/Encryptor.h"
 #include "components/zip/ZipArchiver.h"
+#include "components/zip/ZipCodes.h"
 #include "filemanager/StageValues.h"
 #include "foundation/Globals.h"
 #include "foundation/Messages.h"
@@ -110,8 +111,19 @@ bool DecompressFile(const QString& archive, const QString& targetFolder, zip::Zi
     const int result = zipControl.extract();
     if (error)
         *error = result;
+    QString why;
+    if (result == zip::ZipNoSpace) {
+        const zip::ZipArchiver::SpaceShortage s = zipControl.spaceShortage();
+        why = "\n"
+            + Translate("No hay espacio suficiente en %1: se necesitan %2 bytes y quedan %3 bytes libres")
+                  .arg(s.folder, QString::number(s.needed), QString::number(s.available));
+    } else if (result == zip::ZipOverlappingEntries) {
+        why = "\n"
+            + Translate("Las entradas del archivo comprimido comparten sus datos; no se descomprime: %1").arg(archive);
+    }
+    // The words of a refusal come before its number.
     if (result != 0)
-        ShowMessage(Translate("¡Error de descompresión!") + " (" + QString::number(result) + ")", 0);
+        ShowMessage(Translate("¡Error de descompresión!") + why + " (" + QString::number(result) + ")", 0);
     return result == 0;
 }
 

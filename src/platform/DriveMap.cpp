@@ -1,6 +1,7 @@
 #include "platform/DriveMap.h"
 
 #include "platform/MountTable.h"
+#include "platform/NativeName.h"
 #include "platform/ShortNames.h"
 
 #include <QCoreApplication>
@@ -10,6 +11,7 @@
 #include <QRegularExpression>
 #include <QStringList>
 
+#include <dirent.h>
 #include <sys/stat.h>
 
 #include <algorithm>
@@ -24,7 +26,7 @@ constexpr char16_t kPrivateBar = 0xF07C;
 bool exists(const QString& native)
 {
     struct stat st;
-    return ::lstat(QFile::encodeName(native).constData(), &st) == 0;
+    return ::lstat(NativeName::toBytes(native).constData(), &st) == 0;
 }
 
 QString cleanNative(const QString& path)
@@ -98,10 +100,22 @@ QChar firstFreeLetter(const QList<DriveInfo>& drives)
     return {};
 }
 
-// Lists a folder's names without following anything; the caller matches them.
+// Lists a folder's names, by their real bytes, without following anything; the
+// caller matches them.
 QStringList namesIn(const QString& folder)
 {
-    return QDir(folder).entryList(QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot);
+    QStringList names;
+    DIR* dir = ::opendir(NativeName::toBytes(folder).constData());
+    if (!dir)
+        return names;
+    while (const struct dirent* de = ::readdir(dir)) {
+        const QByteArray raw(de->d_name);
+        if (raw != "." && raw != "..")
+            names << NativeName::fromBytes(raw);
+    }
+    ::closedir(dir);
+    names.sort();
+    return names;
 }
 } // namespace
 

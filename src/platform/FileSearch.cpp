@@ -2,9 +2,9 @@
 
 #include "platform/DriveMap.h"
 #include "platform/MountTable.h"
+#include "platform/NativeName.h"
 
 #include <QDir>
-#include <QFile>
 #include <QRegularExpression>
 
 #include <dirent.h>
@@ -50,23 +50,49 @@ private:
     QMap<QString, QString> m_types;
 };
 
-quint32 computeAttributes(const QString& path, const QByteArray& encoded, const struct stat& lst, dev_t parentDev,
-    PseudoMounts& mounts, struct stat* target)
+EntryKind kindOf(const struct stat& lst, const struct stat& st)
 {
+    if (S_ISDIR(st.st_mode))
+        return S_ISLNK(lst.st_mode) ? EntryKind::Junction : EntryKind::Folder;
+    if (S_ISREG(st.st_mode))
+        return EntryKind::File;
+    if (S_ISFIFO(st.st_mode))
+        return EntryKind::Fifo;
+    if (S_ISSOCK(st.st_mode))
+        return EntryKind::Socket;
+    return EntryKind::Device;
+}
+
+quint32 computeAttributes(const QString& path, const QByteArray& encoded, const struct stat& lst, dev_t parentDev,
+    PseudoMounts& mounts, struct stat* target, EntryKind* kind = nullptr)
+{
+    if (kind)
+        *kind = EntryKind::File;
     const QString name = path.mid(path.lastIndexOf(u'/') + 1);
     const bool hidden = name.startsWith(u'.');
     struct stat st = lst;
     if (S_ISLNK(lst.st_mode)) {
-        if (::stat(encoded.constData(), &st) != 0)
+        if (::stat(encoded.constData(), &st) != 0) {
+            if (kind)
+                *kind = EntryKind::DanglingLink;
             return AttrArchive | AttrReparsePoint | (hidden ? quint32(AttrHidden) : 0u); // dangling link
-        if (S_ISDIR(st.st_mode))
+        }
+        if (S_ISDIR(st.st_mode)) {
+            if (kind)
+                *kind = EntryKind::Junction;
             return AttrJunction;
+        }
     }
     if (target)
         *target = st;
+    if (kind)
+        *kind = kindOf(lst, st);
     if (S_ISDIR(st.st_mode)) {
-        if (lst.st_dev != parentDev && mounts.contains(path))
+        if (lst.st_dev != parentDev && mounts.contains(path)) {
+            if (kind)
+                *kind = EntryKind::Junction;
             return AttrJunction;
+        }
         quint32 a = AttrDirectory;
         if (hidden)
             a |= AttrHidden;
@@ -106,7 +132,7 @@ QList<FoundEntry> FileSearch::listNative(const QString& nativeFolder, const QStr
     QList<FoundEntry> out;
     const QString folder
         = nativeFolder.size() > 1 && nativeFolder.endsWith(u'/') ? nativeFolder.chopped(1) : nativeFolder;
-    const QByteArray encodedFolder = QFile::encodeName(folder);
+    const QByteArray encodedFolder = NativeName::toBytes(folder);
     struct stat fst;
     if (::stat(encodedFolder.constData(), &fst) != 0 || !S_ISDIR(fst.st_mode))
         return out;
@@ -120,12 +146,12 @@ QList<FoundEntry> FileSearch::listNative(const QString& nativeFolder, const QStr
         const QByteArray raw(de->d_name);
         if (raw == "." || raw == "..")
             continue;
-        const QString nativeName = QFile::decodeName(raw);
+        const QString nativeName = NativeName::fromBytes(raw);
         const QString logicalName = DriveMap::encodeName(nativeName);
         if (!all && !re.match(logicalName).hasMatch())
             continue;
         const QString path = folder == QLatin1String("/") ? u'/' + nativeName : folder + u'/' + nativeName;
-        const QByteArray encoded = QFile::encodeName(path);
+        const QByteArray encoded = NativeName::toBytes(path);
         struct stat lst;
         if (::lstat(encoded.constData(), &lst) != 0)
             continue; // vanished meanwhile
@@ -133,7 +159,9 @@ QList<FoundEntry> FileSearch::listNative(const QString& nativeFolder, const QStr
         FoundEntry e;
         e.name = logicalName;
         e.nativePath = path;
-        e.attributes = applyHook(path, computeAttributes(path, encoded, lst, fst.st_dev, mounts, &st));
+        e.attributes = applyHook(path, computeAttributes(path, encoded, lst, fst.st_dev, mounts, &st, &e.kind));
+        if (e.attributes == AttrJunction)
+            e.kind = EntryKind::Junction; // a test double's junction is walked past like a real one
         e.size = S_ISREG(st.st_mode) ? static_cast<qint64>(st.st_size) : 0;
         e.modified = QDateTime::fromSecsSinceEpoch(st.st_mtim.tv_sec);
         out << e;
@@ -151,17 +179,43 @@ QList<FoundEntry> FileSearch::list(const QString& logicalFolder, const QString& 
     return listNative(native, pattern);
 }
 
+std::optional<FoundEntry> FileSearch::entryOfNative(const QString& nativePath)
+{
+    const QString path = nativePath.size() > 1 && nativePath.endsWith(u'/') ? nativePath.chopped(1) : nativePath;
+    if (path.isEmpty())
+        return std::nullopt;
+    const QByteArray encoded = NativeName::toBytes(path);
+    struct stat lst;
+    if (::lstat(encoded.constData(), &lst) != 0)
+        return std::nullopt;
+    struct stat pst;
+    const dev_t parentDev
+        = ::stat(NativeName::toBytes(parentOf(path)).constData(), &pst) == 0 ? pst.st_dev : lst.st_dev;
+    PseudoMounts mounts;
+    struct stat st = lst;
+    FoundEntry e;
+    e.name = DriveMap::encodeName(path.mid(path.lastIndexOf(u'/') + 1));
+    e.nativePath = path;
+    e.attributes = applyHook(path, computeAttributes(path, encoded, lst, parentDev, mounts, &st, &e.kind));
+    if (e.attributes == AttrJunction)
+        e.kind = EntryKind::Junction;
+    e.size = S_ISREG(st.st_mode) ? static_cast<qint64>(st.st_size) : 0;
+    e.modified = QDateTime::fromSecsSinceEpoch(st.st_mtim.tv_sec);
+    return e;
+}
+
 quint32 FileSearch::attributesOfNative(const QString& nativePath)
 {
     if (nativePath.isEmpty())
         return AttrInvalid;
     QString path = nativePath.size() > 1 && nativePath.endsWith(u'/') ? nativePath.chopped(1) : nativePath;
-    const QByteArray encoded = QFile::encodeName(path);
+    const QByteArray encoded = NativeName::toBytes(path);
     struct stat lst;
     if (::lstat(encoded.constData(), &lst) != 0)
         return AttrInvalid;
     struct stat pst;
-    const dev_t parentDev = ::stat(QFile::encodeName(parentOf(path)).constData(), &pst) == 0 ? pst.st_dev : lst.st_dev;
+    const dev_t parentDev
+        = ::stat(NativeName::toBytes(parentOf(path)).constData(), &pst) == 0 ? pst.st_dev : lst.st_dev;
     PseudoMounts mounts;
     if (path == QLatin1String("/"))
         return applyHook(path, AttrDirectory);

@@ -25,12 +25,25 @@ enum FileAttribute : quint32 {
     AttrInvalid = 0xFFFFFFFF, // what GetFileAttributes answers for a missing path
 };
 
+// What an entry is on the host, beyond its attribute word: walks report the
+// kinds they cannot read with a reason of their own.
+enum class EntryKind {
+    File, // a regular file, or a link to one
+    Folder,
+    Junction, // a link to a folder, or the mount of a kernel filesystem
+    DanglingLink, // a link whose target does not exist
+    Fifo,
+    Socket,
+    Device, // a character or block device
+};
+
 struct FoundEntry {
     QString name; // in the namespace (see DriveMap::encodeName)
-    QString nativePath; // full host path
+    QString nativePath; // full host path; bytes that are not UTF-8 in NativeName's form
     quint32 attributes = 0;
     qint64 size = 0; // 0 for folders and for anything that is not a regular file
     QDateTime modified;
+    EntryKind kind = EntryKind::File;
 };
 
 // Folder listings with the attribute word. Only lstat/stat is used on entries:
@@ -44,6 +57,8 @@ public:
     static QList<FoundEntry> list(const QString& logicalFolder, const QString& pattern = QStringLiteral("*"));
     // The same for a native folder.
     static QList<FoundEntry> listNative(const QString& nativeFolder, const QString& pattern = QStringLiteral("*"));
+    // The entry of one native path, as a listing of its folder would give it.
+    static std::optional<FoundEntry> entryOfNative(const QString& nativePath);
     // Attribute word of one native path, AttrInvalid when it does not exist.
     static quint32 attributesOfNative(const QString& nativePath);
     // Attribute word of one logical path.

@@ -1,6 +1,6 @@
 #include "platform/NativeFile.h"
 
-#include <QFile>
+#include "platform/NativeName.h"
 
 #include <cerrno>
 #include <fcntl.h>
@@ -56,15 +56,33 @@ NativeFile::~NativeFile()
 bool NativeFile::exists(const QString& nativePath)
 {
     struct stat st;
-    return !nativePath.isEmpty() && ::stat(QFile::encodeName(nativePath).constData(), &st) == 0;
+    return !nativePath.isEmpty() && ::stat(NativeName::toBytes(nativePath).constData(), &st) == 0;
 }
 
 qint64 NativeFile::regularFileSize(const QString& nativePath)
 {
     struct stat st;
-    if (nativePath.isEmpty() || ::stat(QFile::encodeName(nativePath).constData(), &st) != 0 || !S_ISREG(st.st_mode))
+    if (nativePath.isEmpty() || ::stat(NativeName::toBytes(nativePath).constData(), &st) != 0 || !S_ISREG(st.st_mode))
         return -1;
     return st.st_size;
+}
+
+int NativeFile::openDescriptor(const QString& nativePath)
+{
+    const int fd = ::open(NativeName::toBytes(nativePath).constData(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC);
+    if (fd < 0)
+        return -1;
+    // Reads of a regular file ignore O_NONBLOCK; take it off for everything else.
+    const int flags = ::fcntl(fd, F_GETFL);
+    if (flags >= 0)
+        ::fcntl(fd, F_SETFL, flags & ~O_NONBLOCK);
+    return fd;
+}
+
+void NativeFile::closeDescriptor(int fd)
+{
+    if (fd >= 0)
+        ::close(fd);
 }
 
 bool NativeFile::openForReading(const QString& nativePath)
@@ -72,7 +90,7 @@ bool NativeFile::openForReading(const QString& nativePath)
     close();
     if (nativePath.isEmpty())
         return false;
-    m_fd = ::open(QFile::encodeName(nativePath).constData(), O_RDONLY | O_CLOEXEC);
+    m_fd = ::open(NativeName::toBytes(nativePath).constData(), O_RDONLY | O_CLOEXEC);
     if (m_fd >= 0)
         ::posix_fadvise(m_fd, 0, 0, POSIX_FADV_SEQUENTIAL);
     return m_fd >= 0;
@@ -81,7 +99,7 @@ bool NativeFile::openForReading(const QString& nativePath)
 NativeFile::OpenOutcome NativeFile::openRegularFile(const QString& nativePath)
 {
     close();
-    const QByteArray path = QFile::encodeName(nativePath);
+    const QByteArray path = NativeName::toBytes(nativePath);
     struct stat st {
     };
     if (path.isEmpty() || ::stat(path.constData(), &st) != 0)
@@ -105,7 +123,7 @@ bool NativeFile::createForWriting(const QString& nativePath)
     close();
     if (nativePath.isEmpty())
         return false;
-    m_fd = ::open(QFile::encodeName(nativePath).constData(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0644);
+    m_fd = ::open(NativeName::toBytes(nativePath).constData(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0644);
     return m_fd >= 0;
 }
 

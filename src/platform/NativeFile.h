@@ -31,6 +31,12 @@ public:
     OpenOutcome openRegularFile(const QString& nativePath);
     // The open descriptor, for a library that reads by descriptor; -1 when closed.
     int descriptor() const { return m_fd; }
+    // A bare descriptor open for reading, or -1 (errno set), for readers that hand
+    // it to a QFile, a stdio stream or a library. It never blocks on a FIFO and
+    // never becomes a controlling terminal.
+    static int openDescriptor(const QString& nativePath);
+    static void closeDescriptor(int fd);
+
     // Creates or truncates for writing (mode 0644 before the umask).
     bool createForWriting(const QString& nativePath);
     bool isOpen() const { return m_fd >= 0; }

@@ -83,6 +83,22 @@ QString NotProcessedText(int returnCode)
     return Translate(QStringLiteral("Error: ")) + QString::number(returnCode);
 }
 
+QString NotScannedText(EntryKind kind)
+{
+    switch (kind) {
+    case EntryKind::DanglingLink:
+        return Translate(QStringLiteral("Enlace roto: su destino no existe"));
+    case EntryKind::Fifo:
+        return Translate(QStringLiteral("Tubería con nombre (FIFO): no se analiza"));
+    case EntryKind::Socket:
+        return Translate(QStringLiteral("Socket: no se analiza"));
+    case EntryKind::Device:
+        return Translate(QStringLiteral("Archivo de dispositivo: no se analiza"));
+    default:
+        return {};
+    }
+}
+
 bool SideScanForExclusion(const QString& path)
 {
     G().ExcludeFile = false;

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "foundation/Settings.h"
+#include "platform/FileSearch.h"
 #include "scanner/EngineSetting.h"
 #include "scanner/FileScanResult.h"
 
@@ -40,6 +41,10 @@ FileScanResult ScanOneFile(const QString& path, engine::EngineSession* session =
 
 // "Error: N" for a file the engine could not process.
 QString NotProcessedText(int returnCode);
+
+// Why a walk does not scan an entry that is not a file (a dangling link, a FIFO,
+// a socket, a device), translated.
+QString NotScannedText(EntryKind kind);
 
 // The side scan of the file verbs: asks whether an infected file is to be left
 // out, sets G().ExcludeFile and returns it. An engine error counts as clean.

@@ -10,6 +10,7 @@
 #include <QFile>
 
 #include <sys/statvfs.h>
+#include <unistd.h>
 
 using namespace vmk;
 
@@ -152,5 +153,18 @@ TEST_F(FileServicesTest, CopyInBlocksAtTheEdges)
         // A target in a folder that does not exist: false, nothing left.
         CopyWatch w;
         EXPECT_FALSE(CopyFileInBlocks(QStringLiteral("E:\\b.bin"), QStringLiteral("E:\\No\\Such\\out.bin")));
+    }
+    {
+        // A Latin-1 name from an old stick, by its namespace form, both ways.
+        const QByteArray latin1 = QFile::encodeName(m_root) + "/caf\xe9.bin";
+        ASSERT_TRUE(test::writeFile(m_root + "/c.bin", pattern(20000)));
+        CopyWatch w;
+        const QString odd = QStringLiteral("E:\\caf") + QChar(0xF0E9) + QStringLiteral(".bin");
+        EXPECT_TRUE(CopyFileInBlocks(QStringLiteral("E:\\c.bin"), odd));
+        EXPECT_TRUE(FileExists(odd));
+        EXPECT_EQ(::access(latin1.constData(), F_OK), 0);
+        EXPECT_TRUE(CopyFileInBlocks(odd, QStringLiteral("E:\\back.bin")));
+        EXPECT_EQ(test::readFile(m_root + "/back.bin"), pattern(20000));
+        ::unlink(latin1.constData());
     }
 }

@@ -1,5 +1,6 @@
 #include "platform/FileSearch.h"
 #include "platform/DriveMap.h"
+#include "platform/NativeName.h"
 
 #include "TestSupport.h"
 
@@ -9,6 +10,7 @@
 
 #include <gtest/gtest.h>
 
+#include <fcntl.h>
 #include <sys/mount.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
@@ -120,4 +122,65 @@ TEST(FileSearchTest, RealMountOfProcCarriesTheJunctionWord)
     EXPECT_EQ(kernel, quint32(AttrJunction));
     EXPECT_EQ(direct, quint32(AttrJunction));
     EXPECT_EQ(normal, quint32(AttrDirectory));
+}
+
+TEST(FileSearchTest, OddNamesAndKindsReachEveryWalkByTheirRealBytes)
+{
+    // Bytes to text and back is exact for every kind of name: Latin-1 from an old
+    // stick, stray and overlong bytes, and real characters of the private range.
+    const QList<QByteArray> names
+        = { "caf\xe9.txt", "ok\xff\xfe", "\xc0\xaf", "\xef\x80\x80", "\xef\x83\xa9x", "\xed\xa0\x80",
+              "plain \xc3\xb1"
+              "and\xc3\xba",
+              "\xe2\x82" };
+    for (const QByteArray& raw : names)
+        EXPECT_EQ(NativeName::toBytes(NativeName::fromBytes(raw)), raw) << raw.toHex().constData();
+    EXPECT_EQ(NativeName::fromBytes("plain \xc3\xb1"
+                                    "and\xc3\xba"),
+        QString::fromUtf8("plain \xc3\xb1"
+                          "and\xc3\xba"));
+    EXPECT_TRUE(NativeName::holdsRawBytes(NativeName::fromBytes("caf\xe9.txt")));
+    EXPECT_FALSE(NativeName::holdsRawBytes(QStringLiteral("caf\u00e9.txt")));
+
+    QTemporaryDir dir;
+    const QString root = QDir(dir.path()).canonicalPath();
+    DriveMap::instance().setTestDrives({ { u'C', QStringLiteral("/") }, { u'E', root } }, u'E');
+    const QByteArray latin1 = QFile::encodeName(root) + "/caf\xe9.txt";
+    const int fd = ::open(latin1.constData(), O_WRONLY | O_CREAT | O_TRUNC, 0644);
+    ASSERT_GE(fd, 0);
+    ASSERT_EQ(::write(fd, "latin", 5), 5);
+    ::close(fd);
+    ASSERT_TRUE(test::writeFile(root + "/xt_mark.h", "lower"));
+    ASSERT_TRUE(test::writeFile(root + "/xt_MARK.h", "upper"));
+    ASSERT_EQ(::symlink((root + "/gone").toUtf8().constData(), (root + "/dangling").toUtf8().constData()), 0);
+    ASSERT_EQ(::mkfifo((root + "/pipe").toUtf8().constData(), 0600), 0);
+
+    const QList<FoundEntry> all = FileSearch::list(QStringLiteral("E:\\"));
+    ASSERT_EQ(all.size(), 5) << "nothing is dropped";
+    QMap<QString, FoundEntry> byName;
+    for (const FoundEntry& e : all)
+        byName.insert(e.name, e);
+    const QString odd = NativeName::fromBytes("caf\xe9.txt");
+    ASSERT_TRUE(byName.contains(odd));
+    EXPECT_EQ(byName[odd].kind, EntryKind::File);
+    EXPECT_EQ(byName[odd].size, 5);
+    EXPECT_EQ(NativeName::toBytes(byName[odd].nativePath), latin1);
+    EXPECT_EQ(byName["dangling"].kind, EntryKind::DanglingLink);
+    EXPECT_EQ(byName["pipe"].kind, EntryKind::Fifo);
+    EXPECT_EQ(byName["xt_mark.h"].kind, EntryKind::File);
+
+    // The namespace takes the private form both ways, and the exact name wins over
+    // the case-insensitive fallback, which never merges two names that exist.
+    const DriveMap& map = DriveMap::instance();
+    EXPECT_EQ(map.toLogical(byName[odd].nativePath), "E:\\" + odd);
+    EXPECT_EQ(NativeName::toBytes(map.toNative("E:\\" + odd)), latin1);
+    EXPECT_EQ(NativeName::toBytes(map.toNative("E:\\" + odd.toUpper())), latin1) << "the fallback reaches it too";
+    EXPECT_EQ(map.toNative(QStringLiteral("E:\\xt_mark.h")), root + "/xt_mark.h");
+    EXPECT_EQ(map.toNative(QStringLiteral("E:\\xt_MARK.h")), root + "/xt_MARK.h");
+    const std::optional<FoundEntry> one = FileSearch::entryOfNative(map.toNative("E:\\" + odd));
+    ASSERT_TRUE(one.has_value());
+    EXPECT_EQ(one->name, odd);
+    EXPECT_EQ(one->kind, EntryKind::File);
+    DriveMap::instance().resetToHost();
+    test::removeTree(root);
 }

@@ -13,6 +13,10 @@
 
 #include <gtest/gtest.h>
 
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
 using namespace vmk;
 using namespace vmk::test;
 
@@ -120,7 +124,8 @@ TEST(VmkScan, FailuresNameTheFileOrFolderAndOptionsGoAnywhere)
     EXPECT_EQ(r.code, 2);
     const QStringList lines = r.out.split(u'\n');
     EXPECT_TRUE(lines.contains(dir.filePath("nada.bin") + ": no existe (2)")) << r.out.toStdString();
-    EXPECT_TRUE(lines.contains(dir.filePath("pipe") + ": no es un archivo normal (4)")) << r.out.toStdString();
+    EXPECT_TRUE(lines.contains(dir.filePath("pipe") + ": Tubería con nombre (FIFO): no se analiza"))
+        << r.out.toStdString();
     EXPECT_TRUE(lines.contains(dir.filePath("secret.bin") + ": no se puede leer (5)")) << r.out.toStdString();
     EXPECT_TRUE(lines.contains("Not processed: 3"));
 
@@ -138,6 +143,41 @@ TEST(VmkScan, FailuresNameTheFileOrFolderAndOptionsGoAnywhere)
     EXPECT_TRUE(r.err.startsWith("vmk scan: PATH: falta este operando\n")) << r.err.toStdString();
     r = runVmk({ "update", "extra" });
     EXPECT_TRUE(r.err.startsWith("vmk update: extra: sobra este operando\n")) << r.err.toStdString();
+}
+
+TEST(VmkScan, ReachesNamesThatAreNotUtf8AndReportsWhatItCannotRead)
+{
+    QTemporaryDir dir;
+    const QString root = dir.filePath("stick");
+    ASSERT_TRUE(QDir().mkpath(root));
+    // Latin-1 names from an old stick: a folder and a file, the threat inside.
+    const QByteArray folder = QFile::encodeName(root) + "/Fotos ni\xf1os";
+    ASSERT_EQ(::mkdir(folder.constData(), 0755), 0);
+    const QByteArray threat = folder + "/caf\xe9.txt";
+    const int fd = ::open(threat.constData(), O_WRONLY | O_CREAT | O_TRUNC, 0644);
+    ASSERT_GE(fd, 0);
+    const QByteArray body = eicar();
+    ASSERT_EQ(::write(fd, body.constData(), static_cast<size_t>(body.size())), body.size());
+    ::close(fd);
+    ASSERT_TRUE(QFile::link(root + "/gone", root + "/dangling"));
+    ASSERT_EQ(::mkfifo(QFile::encodeName(root + "/pipe").constData(), 0600), 0);
+
+    QProcess p;
+    p.start(binDir() + "/vmk", { "scan", root });
+    ASSERT_TRUE(p.waitForFinished(120000));
+    EXPECT_EQ(p.exitCode(), 1);
+    const QByteArray output = p.readAllStandardOutput();
+    const QList<QByteArray> lines = output.split('\n');
+    EXPECT_TRUE(lines.contains(threat + ": Test:Vmk.Eicar-1 FOUND")) << output.constData();
+    EXPECT_TRUE(lines.contains(QFile::encodeName(root) + "/dangling: Enlace roto: su destino no existe"))
+        << output.constData();
+    EXPECT_TRUE(lines.contains(QFile::encodeName(root)
+        + "/pipe: Tuber\xc3\xad"
+          "a con nombre (FIFO): no se analiza"))
+        << output.constData();
+    EXPECT_TRUE(lines.contains("Infected files: 1")) << output.constData();
+    EXPECT_TRUE(lines.contains("Not processed: 2")) << output.constData();
+    removeTree(root);
 }
 
 TEST(VmkEngine, PrintsValues52And55)

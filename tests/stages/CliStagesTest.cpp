@@ -272,7 +272,7 @@ TEST(VmkStages, AFullDiskIsToldAsSuchAndLeavesNoFile)
     EXPECT_TRUE(says(r, "encrypt", full + "/big.vmk", "no queda espacio en el disco", 13)) << r.err.toStdString();
     r = runVmk({ "compress", "--method", "bzip2", dir.filePath("big.bin"), full + "/big.zip" });
     EXPECT_EQ(r.code, 2);
-    EXPECT_TRUE(says(r, "compress", full + "/big.zip", "no queda espacio en el disco", 9)) << r.err.toStdString();
+    EXPECT_TRUE(says(r, "compress", full + "/big.zip", "no queda espacio en el disco", 11)) << r.err.toStdString();
     EXPECT_EQ(QDir(full).entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot), QStringList());
 
     // The same disk with room: a small file goes in.

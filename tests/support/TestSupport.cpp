@@ -5,6 +5,9 @@
 #include <QFileInfo>
 #include <QProcess>
 
+#include <filesystem>
+#include <system_error>
+
 namespace vmk::test
 {
 
@@ -77,6 +80,17 @@ QByteArray readFile(const QString& path)
     if (!f.open(QIODevice::ReadOnly))
         return {};
     return f.readAll();
+}
+
+} // namespace vmk::test
+
+namespace vmk::test
+{
+
+void removeTree(const QString& path)
+{
+    std::error_code ignored;
+    std::filesystem::remove_all(std::filesystem::path(QFile::encodeName(path).toStdString()), ignored);
 }
 
 } // namespace vmk::test

@@ -37,6 +37,8 @@ QString testDataDir();
 // Writes bytes to a file, creating folders; returns false on failure.
 bool writeFile(const QString& path, const QByteArray& bytes);
 QByteArray readFile(const QString& path);
+// Removes a tree whose names need not be UTF-8 (QDir cannot reach those).
+void removeTree(const QString& path);
 
 // One run of the built vmk: its exit code (-1 when it crashed) and its two outputs.
 struct VmkRun {

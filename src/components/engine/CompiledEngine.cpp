@@ -4,6 +4,7 @@
 #include "components/engine/ThreatText.h"
 #include "components/engine/ZipRepair.h"
 #include "platform/NativeFile.h"
+#include "platform/NativeName.h"
 
 #include <QDateTime>
 #include <QDir>
@@ -273,7 +274,8 @@ ScanOutcome CompiledEngine::scan(
     const QString& nativePath, const QByteArray& objectText, const EngineOptions& options) const
 {
     ScanOutcome out;
-    const QByteArray path = QFile::encodeName(nativePath);
+    // By the name's real bytes: a name that is not UTF-8 is scanned like any other.
+    const QByteArray path = NativeName::toBytes(nativePath);
     if (path.isEmpty()) {
         out.code = BadPath;
         return out;

@@ -1,5 +1,8 @@
 #include "components/zip/DeflatePipeline.h"
 
+#include "platform/NativeFile.h"
+#include "platform/NativeName.h"
+
 #include <zlib.h>
 
 #include <QFile>
@@ -134,9 +137,12 @@ DeflatePipeline::Result DeflatePipeline::compress(const Unit& unit, Deflater& de
         r.piece.failure = failure;
         return r;
     };
-    QFile file(QFile::decodeName(m_files[unit.file].native));
-    if (!file.open(QIODevice::ReadOnly | QIODevice::Unbuffered))
+    QFile file;
+    const int fd = NativeFile::openDescriptor(NativeName::fromBytes(m_files[unit.file].native));
+    if (fd < 0 || !file.open(fd, QIODevice::ReadOnly | QIODevice::Unbuffered, QFileDevice::AutoCloseHandle)) {
+        NativeFile::closeDescriptor(fd);
         return fail(Failure::Open);
+    }
     qint64 dictLen = primed ? std::min(kWindow, unit.offset) : 0;
     QByteArray in(dictLen + unit.length, Qt::Uninitialized);
     qint64 got = 0;

@@ -3,12 +3,17 @@
 namespace vmk::zip
 {
 
-FileMask::FileMask(const QString& line)
+FileMask::FileMask(const QString& line, bool literal)
 {
     QString s = line.trimmed();
     if (s.endsWith(QLatin1String("<r>"), Qt::CaseInsensitive)) {
         m_recursive = true;
         s.chop(3);
+    }
+    if (literal) {
+        m_exact = s;
+        m_case = Qt::CaseSensitive;
+        return;
     }
     if (s.endsWith('\\')) {
         m_folder = s.chopped(1);
@@ -28,10 +33,10 @@ FileMask::FileMask(const QString& line)
 bool FileMask::matches(const QString& path) const
 {
     if (isExact()) {
-        if (path.compare(m_exact, Qt::CaseInsensitive) == 0)
+        if (path.compare(m_exact, m_case) == 0)
             return true;
         // A folder named exactly with "<r>" covers what lies below it.
-        return m_recursive && path.startsWith(m_exact + '\\', Qt::CaseInsensitive);
+        return m_recursive && path.startsWith(m_exact + '\\', m_case);
     }
     const qsizetype cut = path.lastIndexOf('\\');
     const QStringView name = cut < 0 ? QStringView(path) : QStringView(path).mid(cut + 1);

@@ -11,11 +11,14 @@ namespace vmk::zip
 //   "E:\Docs\*.txt"    files of that folder whose names match the wildcard
 //   "E:\Docs\*<r>"     the folder and everything below it ("<r>" after any mask)
 //   "*.tmp", "*"       file names anywhere
-// Matching ignores case, as the drive's own filesystem does.
+// Matching ignores case, as the drive's own filesystem does. "*" and "?" are
+// wildcards only in a line meant as a mask: a line made `literal` (its owner
+// found a path spelled exactly so) names that one path, "*" and "?" included,
+// and matches it with its case, so it never takes in a name differing in case.
 class FileMask
 {
 public:
-    explicit FileMask(const QString& line);
+    explicit FileMask(const QString& line, bool literal = false);
 
     bool recursive() const { return m_recursive; }
     // The folder part without a trailing "\"; empty for a bare mask.
@@ -35,6 +38,7 @@ public:
 private:
     QString m_folder, m_mask, m_exact;
     bool m_recursive = false;
+    Qt::CaseSensitivity m_case = Qt::CaseInsensitive;
 };
 
 } // namespace vmk::zip

@@ -3,9 +3,15 @@
 #include "components/zip/DeflatePipeline.h"
 #include "components/zip/FileMask.h"
 #include "components/zip/ZipCodes.h"
+#include "components/zip/ZipLayout.h"
 #include "components/zip/ZipPaths.h"
 #include "platform/DriveFigures.h"
+#include "platform/ConfinedFolder.h"
+#include "platform/DriveMap.h"
+#include "platform/FileRemoval.h"
 #include "platform/FileSearch.h"
+#include "platform/NativeFile.h"
+#include "platform/NativeName.h"
 #include "platform/Pump.h"
 
 #include <QDateTime>
@@ -26,8 +32,10 @@
 #include <cstring>
 #include <deque>
 #include <functional>
+#include <map>
 #include <memory>
 #include <mutex>
+#include <optional>
 #include <thread>
 
 namespace vmk::zip
@@ -46,14 +54,6 @@ QStringList splitLines(const QString& text)
             out << t;
     }
     return out;
-}
-
-bool matchesAny(const QStringList& lines, const QString& path)
-{
-    for (const QString& s : lines)
-        if (FileMask(s).matches(path))
-            return true;
-    return false;
 }
 
 int percent(qint64 done, qint64 total)
@@ -75,6 +75,61 @@ QString parentOf(const QString& logical)
     const qsizetype cut = logical.lastIndexOf('\\');
     return cut < 0 ? QString() : logical.left(cut);
 }
+
+// The skip reason of an entry that is not a file to read.
+int reasonForKind(EntryKind kind)
+{
+    switch (kind) {
+    case EntryKind::DanglingLink:
+        return SkipDanglingLink;
+    case EntryKind::Fifo:
+        return SkipFifo;
+    case EntryKind::Socket:
+        return SkipSocket;
+    case EntryKind::Device:
+        return SkipDevice;
+    default:
+        return 0;
+    }
+}
+
+// A line that names an existing path is that path as it is spelled there, "*"
+// and "?" included: only a line that names nothing is a mask, and only a name
+// that does not exist exactly falls back to matching without case. `resolve`
+// gives the existing spelling, or "" when nothing has that name.
+FileMask maskOfLine(const QString& line, const std::function<QString(const QString&)>& resolve)
+{
+    const FileMask mask(line);
+    const QString path = FileMask(line, true).exactPath();
+    if (path.isEmpty() || path.endsWith('\\'))
+        return mask;
+    const QString found = resolve(path);
+    if (found.isEmpty())
+        return mask;
+    return FileMask(mask.recursive() ? found + QStringLiteral("<r>") : found, true);
+}
+
+// The existing spelling of a path with a drive letter on the host.
+QString existingSpelling(const QString& logical)
+{
+    if (!DriveMap::hasDriveLetter(logical))
+        return {};
+    const QString native = ZipPaths::toNative(logical);
+    return FileRemoval::entryExists(native) ? ZipPaths::toLogical(native) : QString();
+}
+
+// Names in the archive are bytes: UTF-8 as a rule, any other bytes kept as they
+// are through the namespace's private form, so they come back out unchanged.
+QString entryName(const char* raw)
+{
+    return ZipPaths::toInterface(NativeName::fromBytes(QByteArray(raw)));
+}
+
+// Where the extraction of one entry may write, and which of its names it must make.
+struct Confinement {
+    QString anchor; // interface form of the folder written beneath
+    QStringList names; // native names below it
+};
 } // namespace
 
 struct ZipArchiver::PlannedFile {
@@ -170,7 +225,7 @@ namespace
 // what is read so the calling thread hears of each file's and the run's progress.
 struct FileFeed {
     QString name;
-    QByteArray native;
+    QString native;
     qint64 size = 0;
     qint64 mtime = 0;
     std::FILE* file = nullptr;
@@ -195,7 +250,11 @@ zip_int64_t feedCallback(void* userdata, void* data, zip_uint64_t len, zip_sourc
     auto* f = static_cast<FileFeed*>(userdata);
     switch (cmd) {
     case ZIP_SOURCE_OPEN:
-        f->file = std::fopen(f->native.constData(), "rb");
+        if (const int fd = NativeFile::openDescriptor(f->native); fd >= 0) {
+            f->file = ::fdopen(fd, "rb");
+            if (!f->file)
+                NativeFile::closeDescriptor(fd);
+        }
         if (!f->file) {
             zip_error_set(&f->error, ZIP_ER_OPEN, errno);
             return -1;
@@ -387,7 +446,16 @@ void ZipArchiver::setCompressionMethod(int method)
 
 bool ZipArchiver::isExcluded(const QString& logical) const
 {
-    return matchesAny(m_exclude, logical);
+    return std::any_of(
+        m_excludeMasks.begin(), m_excludeMasks.end(), [&logical](const FileMask& m) { return m.matches(logical); });
+}
+
+void ZipArchiver::skipUnreadable(const QString& source, int reason, Run& run)
+{
+    if (isExcluded(source))
+        return;
+    ++run.total;
+    run.skip(source, reason);
 }
 
 int ZipArchiver::finish(int result)
@@ -406,12 +474,12 @@ void ZipArchiver::addFile(PlannedFile file, const QString& baseFolder, QList<Pla
         run.skip(file.source, SkipBelowMinimumSize);
         return;
     }
-    QFile probe(file.native);
-    if (!probe.open(QIODevice::ReadOnly)) {
+    const int probe = NativeFile::openDescriptor(file.native);
+    if (probe < 0) {
         run.skip(file.source, SkipAccessDenied);
         return;
     }
-    probe.close();
+    NativeFile::closeDescriptor(probe);
 
     if (m_preservePaths && !baseFolder.isEmpty() && file.source.startsWith(baseFolder + '\\', Qt::CaseInsensitive))
         file.stored = file.source.mid(baseFolder.size() + 1);
@@ -429,39 +497,54 @@ void ZipArchiver::addFile(PlannedFile file, const QString& baseFolder, QList<Pla
 
 void ZipArchiver::walkLine(const QString& line, QList<PlannedFile>& out, Run& run)
 {
-    const FileMask fs(line);
+    // A name holding "*" or "?" is itself when it exists: only a line that names
+    // nothing is a mask.
+    const FileMask fs = maskOfLine(line, existingSpelling);
     const QString named = fs.isExact() ? fs.exactPath() : fs.folder();
     const QString native = named.isEmpty() ? QString() : ZipPaths::toNative(named);
-    const QFileInfo info(native);
-    if (fs.isExact() && info.isFile()) {
+    const std::optional<FoundEntry> found = FileSearch::entryOfNative(native);
+    if (fs.isExact() && found && found->kind != EntryKind::Folder && found->kind != EntryKind::Junction) {
+        const QString source = ZipPaths::toLogical(found->nativePath);
+        if (found->kind != EntryKind::File) {
+            skipUnreadable(source, reasonForKind(found->kind), run);
+            return;
+        }
         PlannedFile file;
-        file.native = info.absoluteFilePath();
-        file.source = ZipPaths::toLogical(file.native);
-        file.size = info.size();
-        file.mtime = info.lastModified().toSecsSinceEpoch();
+        file.native = found->nativePath;
+        file.source = source;
+        file.size = found->size;
+        file.mtime = found->modified.toSecsSinceEpoch();
         addFile(file, parentOf(file.source), out, run);
         return;
     }
-    if (native.isEmpty() || !info.isDir()) {
+    // The folder a line names is walked even when it is a link to one (the owner
+    // chose it); links to folders met below it are not entered.
+    if (!found || (found->kind != EntryKind::Folder && found->kind != EntryKind::Junction)) {
         run.skip(line, SkipNotFound);
         return;
     }
     const QString mask = fs.mask().isEmpty() ? QStringLiteral("*") : fs.mask();
-    QString base = ZipPaths::toLogical(info.absoluteFilePath());
+    QString base = ZipPaths::toLogical(found->nativePath);
     while (base.endsWith('\\'))
         base.chop(1);
 
     // Files of a folder first, then its subfolders, each in name order: the same
-    // walk gives the same archive. Junctions, links to folders and the mounts of
-    // kernel filesystems carry the junction word and are never entered; sockets,
-    // FIFOs and devices are never read.
-    std::function<void(const QString&)> walk = [&](const QString& folder) {
-        const QList<FoundEntry> entries = FileSearch::list(folder + '\\', QStringLiteral("*"));
+    // walk gives the same archive. The walk goes by host paths, so names that
+    // differ only in case stay apart and names that are not UTF-8 keep their
+    // bytes. Junctions, links to folders and the mounts of kernel filesystems
+    // carry the junction word and are never entered; dangling links, sockets,
+    // FIFOs and devices are never read, and each is reported with its reason.
+    std::function<void(const QString&, const QString&)> walk = [&](const QString& nativeFolder, const QString& folder) {
+        const QList<FoundEntry> entries = FileSearch::listNative(nativeFolder, QStringLiteral("*"));
         for (const FoundEntry& e : entries) {
             if (m_abort)
                 return;
-            if ((e.attributes & (AttrDirectory | AttrDevice)) || !FileMask::wildcardMatch(mask, e.name))
+            if (e.kind == EntryKind::Folder || e.kind == EntryKind::Junction || !FileMask::wildcardMatch(mask, e.name))
                 continue;
+            if (e.kind != EntryKind::File) {
+                skipUnreadable(folder + '\\' + e.name, reasonForKind(e.kind), run);
+                continue;
+            }
             PlannedFile file;
             file.native = e.nativePath;
             file.source = folder + '\\' + e.name;
@@ -475,11 +558,11 @@ void ZipArchiver::walkLine(const QString& line, QList<PlannedFile>& out, Run& ru
         for (const FoundEntry& e : entries) {
             if (m_abort)
                 return;
-            if ((e.attributes & AttrDirectory) && e.attributes != AttrJunction)
-                walk(folder + '\\' + e.name);
+            if (e.kind == EntryKind::Folder)
+                walk(e.nativePath, folder + '\\' + e.name);
         }
     };
-    walk(base);
+    walk(found->nativePath, base);
 }
 
 int ZipArchiver::compress()
@@ -488,6 +571,9 @@ int ZipArchiver::compress()
     if (m_archiveName.trimmed().isEmpty())
         return finish(ZipNoArchiveName);
     Run run(*this);
+    m_excludeMasks.clear();
+    for (const QString& line : m_exclude)
+        m_excludeMasks << maskOfLine(line, existingSpelling);
     QList<PlannedFile> files;
     for (const QString& line : m_process) {
         walkLine(line, files, run);
@@ -495,11 +581,12 @@ int ZipArchiver::compress()
             return finish(ZipAborted);
     }
 
-    // Two files under one stored name: the first keeps it.
+    // Two files under one stored name: the first keeps it. Names that differ only
+    // in case are two files.
     QSet<QString> storedNames;
     QList<PlannedFile> planned;
     for (const PlannedFile& f : files) {
-        const QString key = ZipPaths::toStored(f.stored).toCaseFolded();
+        const QString key = ZipPaths::toStored(f.stored);
         if (f.stored.isEmpty() || ZipPaths::hasParentStep(f.stored) || storedNames.contains(key)) {
             run.skip(
                 f.source, f.stored.isEmpty() || ZipPaths::hasParentStep(f.stored) ? SkipUnsafeName : SkipDuplicateName);
@@ -543,7 +630,7 @@ int ZipArchiver::compress()
     }
 
     int zerr = 0;
-    zip_t* za = zip_open(QFile::encodeName(tempArchive).constData(), flags, &zerr);
+    zip_t* za = zip_open(NativeName::toBytes(tempArchive).constData(), flags, &zerr);
     if (!za)
         return finish(flags == ZIP_CREATE ? ZipArchiveUnreadable : ZipTempFileFailed);
 
@@ -579,7 +666,7 @@ int ZipArchiver::compress()
     for (const PlannedFile& f : planned) {
         auto feed = std::make_unique<FileFeed>();
         feed->name = f.source;
-        feed->native = QFile::encodeName(f.native);
+        feed->native = f.native;
         feed->size = f.size;
         feed->mtime = f.mtime;
         feed->abort = &m_abort;
@@ -591,8 +678,11 @@ int ZipArchiver::compress()
             zip_discard(za);
             return finish(ZipCompressionFailed);
         }
-        const QByteArray name = ZipPaths::toStored(f.stored).toUtf8();
-        const zip_int64_t index = zip_file_add(za, name.constData(), src, ZIP_FL_ENC_UTF_8 | ZIP_FL_OVERWRITE);
+        // A name that is not UTF-8 is stored as its bytes, without the UTF-8 flag.
+        const QString stored = ZipPaths::toStored(f.stored);
+        const QByteArray name = NativeName::toBytes(stored);
+        const zip_flags_t encoding = NativeName::holdsRawBytes(stored) ? ZIP_FL_ENC_GUESS : ZIP_FL_ENC_UTF_8;
+        const zip_int64_t index = zip_file_add(za, name.constData(), src, encoding | ZIP_FL_OVERWRITE);
         if (index < 0) {
             zip_source_free(src);
             zip_discard(za);
@@ -613,7 +703,7 @@ int ZipArchiver::compress()
         QList<DeflatePipeline::Input> inputs;
         for (const auto& [index, feed] : byIndex) {
             feed->pipelineIndex = static_cast<int>(inputs.size());
-            inputs.append({ feed->native, feed->size });
+            inputs.append({ NativeName::toBytes(feed->native), feed->size });
         }
         pipeline = std::make_unique<DeflatePipeline>(inputs, m_level, m_abort);
         for (const auto& [index, feed] : byIndex)
@@ -679,18 +769,18 @@ int ZipArchiver::listArchive()
     if (m_archiveName.trimmed().isEmpty())
         return ZipNoArchiveName;
     int zerr = 0;
-    zip_t* za = zip_open(QFile::encodeName(ZipPaths::toNative(m_archiveName)).constData(), ZIP_RDONLY, &zerr);
+    zip_t* za = zip_open(NativeName::toBytes(ZipPaths::toNative(m_archiveName)).constData(), ZIP_RDONLY, &zerr);
     if (!za)
         return ZipArchiveUnreadable;
     const zip_int64_t n = zip_get_num_entries(za, 0);
     for (zip_int64_t i = 0; i < n; ++i) {
         zip_stat_t st;
-        if (zip_stat_index(za, static_cast<zip_uint64_t>(i), ZIP_FL_ENC_GUESS, &st) != 0) {
+        if (zip_stat_index(za, static_cast<zip_uint64_t>(i), ZIP_FL_ENC_RAW, &st) != 0) {
             zip_discard(za);
             return ZipArchiveUnreadable;
         }
         if (m_events.listingFile)
-            m_events.listingFile(ZipPaths::toInterface(QString::fromUtf8(st.name)), static_cast<qint64>(st.size));
+            m_events.listingFile(entryName(st.name), static_cast<qint64>(st.size));
         if (m_events.listStatus)
             m_events.listStatus(percent(i + 1, n));
         if ((i & 63) == 63)
@@ -709,13 +799,24 @@ int ZipArchiver::listArchive()
 int ZipArchiver::extract()
 {
     m_abort = false;
+    m_shortage = {};
     if (m_archiveName.trimmed().isEmpty())
         return finish(ZipNoArchiveName);
+    const QString archiveNative = ZipPaths::toNative(m_archiveName);
     int zerr = 0;
-    zip_t* za = zip_open(QFile::encodeName(ZipPaths::toNative(m_archiveName)).constData(), ZIP_RDONLY, &zerr);
+    zip_t* za = zip_open(NativeName::toBytes(archiveNative).constData(), ZIP_RDONLY, &zerr);
     if (!za)
         return finish(ZipArchiveUnreadable);
     std::unique_ptr<zip_t, void (*)(zip_t*)> guard(za, zip_discard);
+    const zip_int64_t n = zip_get_num_entries(za, 0);
+    switch (ZipLayout::check(archiveNative, n)) {
+    case ZipLayout::Verdict::Overlapping:
+        return finish(ZipOverlappingEntries);
+    case ZipLayout::Verdict::Unreadable:
+        return finish(ZipArchiveUnreadable);
+    case ZipLayout::Verdict::Sound:
+        break;
+    }
 
     struct Entry {
         zip_uint64_t index;
@@ -723,19 +824,34 @@ int ZipArchiver::extract()
         qint64 size;
         qint64 mtime;
     };
-    Run run(*this);
-    QList<Entry> entries;
-    const zip_int64_t n = zip_get_num_entries(za, 0);
+    QList<Entry> all;
+    QSet<QString> names;
     for (zip_int64_t i = 0; i < n; ++i) {
         zip_stat_t st;
-        if (zip_stat_index(za, static_cast<zip_uint64_t>(i), ZIP_FL_ENC_GUESS, &st) != 0)
+        if (zip_stat_index(za, static_cast<zip_uint64_t>(i), ZIP_FL_ENC_RAW, &st) != 0)
             return finish(ZipArchiveUnreadable);
-        const QString name = ZipPaths::toInterface(QString::fromUtf8(st.name));
-        if (!matchesAny(m_process, name) || matchesAny(m_exclude, name))
-            continue;
-        entries << Entry { static_cast<zip_uint64_t>(i), name, static_cast<qint64>(st.size),
+        all << Entry { static_cast<zip_uint64_t>(i), entryName(st.name), static_cast<qint64>(st.size),
             static_cast<qint64>(st.mtime) };
-        run.totalBytes += static_cast<qint64>(st.size);
+        names.insert(all.last().name);
+    }
+    // A line that is exactly an entry's name picks that entry, "*" and "?" included.
+    auto inArchive = [&names](const QString& line) { return names.contains(line) ? line : QString(); };
+    QList<FileMask> process, exclude;
+    for (const QString& line : m_process)
+        process << maskOfLine(line, inArchive);
+    for (const QString& line : m_exclude)
+        exclude << maskOfLine(line, inArchive);
+    auto anyMatch = [](const QList<FileMask>& masks, const QString& name) {
+        return std::any_of(masks.begin(), masks.end(), [&name](const FileMask& m) { return m.matches(name); });
+    };
+
+    Run run(*this);
+    QList<Entry> entries;
+    for (const Entry& e : all) {
+        if (!anyMatch(process, e.name) || anyMatch(exclude, e.name))
+            continue;
+        entries << e;
+        run.totalBytes += e.size;
     }
     run.total = static_cast<int>(entries.size());
     if (entries.isEmpty())
@@ -744,6 +860,52 @@ int ZipArchiver::extract()
     QString baseFolder = m_extractFolder.isEmpty() ? parentOf(m_archiveName) : m_extractFolder;
     while (baseFolder.endsWith('\\'))
         baseFolder.chop(1);
+    // Each folder written beneath, opened once: the chosen one, and the roots of
+    // the drives that names with their own drive go back to.
+    std::map<QString, std::unique_ptr<ConfinedFolder>> anchors;
+    auto anchorFor = [&anchors](const QString& logical) -> ConfinedFolder& {
+        auto& slot = anchors[logical];
+        if (!slot)
+            slot = std::make_unique<ConfinedFolder>(ZipPaths::toNative(logical.size() == 2 ? logical + '\\' : logical));
+        return *slot;
+    };
+    // Everything is checked against the free space before anything is written.
+    ConfinedFolder& base = anchorFor(baseFolder);
+    const qint64 available = base.freeBytes();
+    if (available >= 0 && run.totalBytes > available) {
+        m_shortage = { baseFolder, run.totalBytes, available };
+        return finish(ZipNoSpace);
+    }
+    auto confine = [&baseFolder](const QString& destination) -> std::optional<Confinement> {
+        Confinement c;
+        QString rest;
+        if (destination.startsWith(baseFolder + '\\')) {
+            c.anchor = baseFolder;
+            rest = destination.mid(baseFolder.size() + 1);
+        } else if (DriveMap::hasDriveLetter(destination)) {
+            c.anchor = destination.left(2);
+            rest = destination.mid(3);
+        } else {
+            return std::nullopt;
+        }
+        for (const QString& part : rest.split('\\', Qt::SkipEmptyParts))
+            c.names << DriveMap::decodeName(part);
+        if (c.names.isEmpty())
+            return std::nullopt;
+        return c;
+    };
+    auto refusalReason = [](ConfinedFolder::Refusal why) {
+        switch (why) {
+        case ConfinedFolder::Refusal::LinkOnPath:
+            return SkipLinkInTarget;
+        case ConfinedFolder::Refusal::BadName:
+            return SkipUnsafeName;
+        default:
+            return SkipDestinationFailed;
+        }
+    };
+
+    QSet<QString> written;
     QByteArray buffer(kCopyBlock, '\0');
     for (const Entry& e : entries) {
         vmk::DoEvents();
@@ -761,36 +923,51 @@ int ZipArchiver::extract()
         QString destination = ZipPaths::isRooted(name) ? name : baseFolder + '\\' + name;
         if (m_events.unzipPreprocessingFile)
             m_events.unzipPreprocessingFile(e.name, destination);
-        if (destination.isEmpty() || ZipPaths::hasParentStep(destination)) {
+        const std::optional<Confinement> place
+            = destination.isEmpty() || ZipPaths::hasParentStep(destination) ? std::nullopt : confine(destination);
+        if (!place) {
             run.skip(e.name, SkipUnsafeName);
             continue;
         }
-        const QString native = ZipPaths::toNative(destination);
+        ConfinedFolder& anchor = anchorFor(place->anchor);
         if (isFolder) {
-            if (!QDir().mkpath(native))
-                run.skip(e.name, SkipDestinationFailed);
+            const ConfinedFolder::Refusal why = anchor.makeFolders(place->names);
+            if (why != ConfinedFolder::Refusal::None)
+                run.skip(e.name, refusalReason(why));
             else
                 ++run.processed;
             run.status();
             continue;
         }
-        QDir().mkpath(QFileInfo(native).absolutePath());
-        QSaveFile out(native);
+        // A second entry for a file already written is reported, never written over it.
+        const QString key = anchor.root() + '/' + place->names.join('/');
+        if (written.contains(key)) {
+            run.skip(e.name, SkipDuplicateName);
+            continue;
+        }
+        written.insert(key);
         zip_file_t* zf = zip_fopen_index(za, e.index, 0);
         if (!zf) {
             run.skip(e.name, SkipDamagedEntry);
             continue;
         }
-        if (!out.open(QIODevice::WriteOnly)) {
+        ConfinedFolder::Refusal why = ConfinedFolder::Refusal::None;
+        std::unique_ptr<ConfinedFile> out = anchor.createFile(place->names, why);
+        if (!out) {
             zip_fclose(zf);
-            run.skip(e.name, SkipDestinationFailed);
+            run.skip(e.name, refusalReason(why));
             continue;
         }
         qint64 got = 0, done = 0;
         bool failed = false, writeFailed = false;
         int lastPercent = -1;
         while ((got = zip_fread(zf, buffer.data(), static_cast<zip_uint64_t>(buffer.size()))) > 0) {
-            if (out.write(buffer.constData(), got) != got) {
+            // Never more than the entry declares: that is what the space was checked for.
+            if (done + got > e.size) {
+                got = -1;
+                break;
+            }
+            if (!out->write(buffer.constData(), got)) {
                 writeFailed = true;
                 break;
             }
@@ -804,25 +981,22 @@ int ZipArchiver::extract()
             vmk::DoEvents();
             if (m_abort) {
                 zip_fclose(zf);
-                out.cancelWriting();
+                out->cancel();
                 return finish(ZipAborted);
             }
         }
         // A damaged entry shows as a read error, its checksum included, at the end.
-        failed = got < 0;
+        failed = got < 0 || (!writeFailed && done != e.size);
         zip_fclose(zf);
         if (failed || writeFailed) {
-            out.cancelWriting();
+            out->cancel();
             run.skip(e.name, failed ? SkipDamagedEntry : SkipDestinationFailed);
             continue;
         }
-        if (!out.commit()) {
+        if (!out->commit(e.mtime)) {
             run.skip(e.name, SkipDestinationFailed);
             continue;
         }
-        QFile written(native);
-        if (written.open(QIODevice::ReadWrite))
-            written.setFileTime(QDateTime::fromSecsSinceEpoch(e.mtime), QFileDevice::FileModificationTime);
         if (lastPercent != 100 && m_events.fileProgress)
             m_events.fileProgress(e.name, 100);
         ++run.processed;

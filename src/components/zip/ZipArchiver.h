@@ -1,5 +1,6 @@
 #pragma once
 
+#include "components/zip/FileMask.h"
 #include "components/zip/ZipEvents.h"
 
 #include <QString>
@@ -75,11 +76,21 @@ public:
 
     ZipEvents& events() { return m_events; }
 
+    // Why the last extract answered ZipNoSpace: the folder (interface form), the
+    // bytes its entries need and the bytes free there.
+    struct SpaceShortage {
+        QString folder;
+        qint64 needed = 0;
+        qint64 available = 0;
+    };
+    SpaceShortage spaceShortage() const { return m_shortage; }
+
 private:
     struct PlannedFile;
     class Run;
 
     void walkLine(const QString& line, QList<PlannedFile>& out, Run& run);
+    void skipUnreadable(const QString& source, int reason, Run& run);
     void addFile(PlannedFile file, const QString& baseFolder, QList<PlannedFile>& out, Run& run);
     bool isExcluded(const QString& logical) const;
     int finish(int result);
@@ -87,6 +98,7 @@ private:
 
     QString m_archiveName, m_extractFolder;
     QStringList m_process, m_exclude;
+    QList<FileMask> m_excludeMasks; // m_exclude as the running compress matches it
     qint64 m_minSize = 0;
     bool m_preservePaths = false;
     bool m_replace = true;
@@ -94,6 +106,7 @@ private:
     int m_method = 8;
     std::atomic<bool> m_abort { false };
     ZipEvents m_events;
+    SpaceShortage m_shortage;
 };
 
 } // namespace vmk::zip

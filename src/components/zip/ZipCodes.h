@@ -15,7 +15,9 @@ enum ZipResult : int {
     ZipCompressionFailed = 6, // the library failed while building the archive
     ZipFilesSkipped = 7, // extraction left out at least one file (see the skipping event)
     ZipNoArchiveName = 8, // no archive name was given
-    ZipDestinationFull = 9, // the archive's destination ran out of room
+    ZipDestinationFull = 11, // the archive's destination ran out of room
+    ZipNoSpace = 9, // extraction: the entries need more than the target's free space (see spaceShortage)
+    ZipOverlappingEntries = 10, // extraction: entries share their data, as a zip bomb's do
 };
 
 // Reason codes of the skipping event.
@@ -27,6 +29,11 @@ enum ZipSkipReason : int {
     SkipBelowMinimumSize = 122, // smaller than the minimum size to process
     SkipDuplicateName = 123, // a second file under a stored name already taken
     SkipDestinationFailed = 124, // the extracted file could not be written
+    SkipLinkInTarget = 125, // the target folder holds a link on the entry's path; it is never followed
+    SkipDanglingLink = 126, // a link whose target does not exist
+    SkipFifo = 127, // a named pipe: never read
+    SkipSocket = 128, // a socket: never read
+    SkipDevice = 129, // a character or block device: never read
 };
 
 // Compression method numbers as the settings give them.
