@@ -55,6 +55,12 @@ QByteArray withoutDeletedMark(QByteArray path)
     return path;
 }
 
+// Memory-backed files: /proc shows a path for them that nobody can open.
+bool isMemfd(const QByteArray& path)
+{
+    return path.startsWith("/memfd:");
+}
+
 bool lexists(const QByteArray& path)
 {
     struct stat st {
@@ -153,13 +159,19 @@ QList<ProcessEntry> ProcProcessSource::processes() const
 
 QString ProcProcessSource::imagePath(uint32_t processId) const
 {
+    const QByteArray target = imageTarget(processId);
+    return isMemfd(target) ? QString() : QFile::decodeName(target);
+}
+
+QByteArray ProcProcessSource::imageTarget(uint32_t processId) const
+{
     const QByteArray link = QFile::encodeName(m_root + u'/' + QString::number(processId) + QStringLiteral("/exe"));
     QByteArray target(4096, '\0');
     const ssize_t n = ::readlink(link.constData(), target.data(), static_cast<size_t>(target.size()));
     if (n <= 0 || n >= target.size())
         return {};
     target.truncate(n);
-    return QFile::decodeName(withoutDeletedMark(target));
+    return withoutDeletedMark(target);
 }
 
 QList<ModuleEntry> ProcProcessSource::modules(uint32_t processId) const
@@ -190,7 +202,7 @@ QList<ModuleEntry> ProcProcessSource::modules(uint32_t processId) const
         if (fields.size() < 5 || fields[1].size() < 3 || fields[1][2] != 'x')
             continue;
         QByteArray path = line.mid(pos);
-        if (!path.startsWith('/') || path.startsWith("/memfd:"))
+        if (!path.startsWith('/'))
             continue;
         path = unescapeMapsPath(withoutDeletedMark(path));
         const bool seen = std::any_of(files.cbegin(), files.cend(), [&](const Mapped& m) { return m.path == path; });
@@ -201,7 +213,7 @@ QList<ModuleEntry> ProcProcessSource::modules(uint32_t processId) const
         return {};
 
     // The image: the file behind exe, else the lowest mapping (where the kernel puts it).
-    const QByteArray image = QFile::encodeName(imagePath(processId));
+    const QByteArray image = imageTarget(processId);
     qsizetype imageAt = 0;
     for (qsizetype i = 0; i < files.size(); ++i) {
         if (!image.isEmpty() && files[i].path == image) {
@@ -211,11 +223,14 @@ QList<ModuleEntry> ProcProcessSource::modules(uint32_t processId) const
     }
     const Mapped first = files.takeAt(imageAt);
     std::stable_sort(files.begin(), files.end(), [](const Mapped& a, const Mapped& b) { return a.start > b.start; });
-    files.prepend(first);
 
-    QList<ModuleEntry> out;
-    for (const Mapped& m : files)
-        out << ModuleEntry { fileNameOf(m.path), QFile::decodeName(m.path) };
+    // An image run from a memfd stays first, without a path; other memfd files are left out.
+    QList<ModuleEntry> out { ModuleEntry {
+        fileNameOf(first.path), isMemfd(first.path) ? QString() : QFile::decodeName(first.path) } };
+    for (const Mapped& m : files) {
+        if (!isMemfd(m.path))
+            out << ModuleEntry { fileNameOf(m.path), QFile::decodeName(m.path) };
+    }
     return out;
 }
 

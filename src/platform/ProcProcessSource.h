@@ -15,8 +15,9 @@ namespace vmk
 // kernel's default top-down layout (ld.so, then preloads, then the needed
 // libraries). A file whose mapping is marked " (deleted)" keeps its path without
 // the mark, so its row names what the process loaded and the engine reports the
-// file as missing (or scans what now lies at that path). memfd mappings have no
-// path anyone can open and are left out.
+// file as missing (or scans what now lies at that path). memfd files have no path
+// anyone can open: an executable run from one gives an empty image path (its
+// image still heads the modules, without a path), and memfd libraries are left out.
 class ProcProcessSource : public ProcessSource
 {
 public:
@@ -27,6 +28,9 @@ public:
     QString imagePath(uint32_t processId) const override;
 
 private:
+    // The exe link's target without the deleted mark, as bytes; "" when unreadable.
+    QByteArray imageTarget(uint32_t processId) const;
+
     QString m_root;
 };
 

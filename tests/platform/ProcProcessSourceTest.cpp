@@ -78,12 +78,18 @@ TEST(ProcProcessSourceTest, ReadsNamesThreadsImagesAndModulesInLoadOrder)
         "5500-5501 r-xp 00000000 fe:00 1 /opt/old/bin (deleted)\n"
         "7f00-7f01 r-xp 00000000 fe:00 2 /usr/lib/libc.so.6\n",
         "/opt/old/bin (deleted)");
+    // A program run from a memfd (sandboxes seal their binaries so).
+    fakeProcess(root, 1300, statLine(1300, "sealed", 1, 1), "sealed\n",
+        "5600-5601 r-xp 00000000 00:01 3 /memfd:sealed-abc (deleted)\n"
+        "7e00-7e01 r-xp 00000000 00:01 4 /memfd:jit (deleted)\n"
+        "7f00-7f01 r-xp 00000000 fe:00 2 /usr/lib/libc.so.6\n",
+        "/memfd:sealed-abc (deleted)");
     QDir().mkpath(root + "/self");
     QDir().mkpath(root + "/12x");
 
     const ProcProcessSource source(root);
     const QList<ProcessEntry> list = source.processes();
-    ASSERT_EQ(list.size(), 4);
+    ASSERT_EQ(list.size(), 5);
     EXPECT_EQ(list[0].ProcessID, 7u);
     EXPECT_EQ(list[1].ProcessID, 100u);
     EXPECT_EQ(list[1].Name, "kworker/0:1"); // no comm: the stat's name
@@ -105,6 +111,11 @@ TEST(ProcProcessSourceTest, ReadsNamesThreadsImagesAndModulesInLoadOrder)
     // Deleted files keep their path without the mark.
     EXPECT_EQ(source.imagePath(1200), "/opt/old/bin");
     EXPECT_EQ(paths(source.modules(1200)), (QStringList { "/opt/old/bin", "/usr/lib/libc.so.6" }));
+
+    // A memfd image has no path but stays first; memfd libraries are no modules.
+    EXPECT_TRUE(source.imagePath(1300).isEmpty());
+    const QList<ModuleEntry> sealed = source.modules(1300);
+    EXPECT_EQ(paths(sealed), (QStringList { "", "/usr/lib/libc.so.6" }));
 
     // Another user's process, a gone one and an unknown number: empty, no failure.
     EXPECT_TRUE(source.imagePath(7).isEmpty());
