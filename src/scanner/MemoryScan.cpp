@@ -170,15 +170,12 @@ void WalkMemoryTargets(const ProcessTable& table, const MemoryWalkHooks& hooks)
         const ProcessRecord& r = table.Record[i];
         if (!r.ExePath.isEmpty())
             scan(r.ExePath);
+        // The flags are first looked at after a module, never between the image and it.
         if (r.ModuleLast > 0) {
-            bool stop = false;
-            for (int32_t m = 0; m <= r.ModuleLast && m < r.ModulePaths.size() && !stop; ++m) {
+            for (int32_t m = 0; m <= r.ModuleLast && m < r.ModulePaths.size(); ++m) {
                 scan(r.ModulePaths[m]);
-                DoEvents();
-                if (hooks.aborted && hooks.aborted())
-                    stop = true;
-                else
-                    waitWhilePaused(hooks);
+                if (pumpAndTest(hooks))
+                    break;
             }
         }
         if (pumpAndTest(hooks))
