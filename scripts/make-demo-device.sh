@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
-# Lays out a demo device folder from the build: the program and its helpers in
-# the device's root, the signatures and their index, the updater's configuration
+# Lays out a demo device folder from the build: the program part that any
+# drive gets (make-device.sh: the programs, their libraries, plugins and fonts,
+# the signatures and their index), then the updater's configuration
 # pointing at a local update source, the five folders of the default settings,
 # an autorun file and its clean copy in \VMK\AUTORUN.bck.
 #   make-demo-device.sh [DEVICE_DIR] [LANGUAGE_LINE]
@@ -11,19 +12,13 @@ dev=${1:-build/demo-device}
 lang=${2:-}
 mkdir -p "$dev"
 dev=$(cd "$dev" && pwd)
-for f in build/bin/*; do
-  [ -f "$f" ] && [ -x "$f" ] && cp -f "$f" "$dev/"
-done
-if [ -d build/bin/sigs ]; then
-  mkdir -p "$dev/sigs" && cp -rf build/bin/sigs/. "$dev/sigs/"
-fi
-if [ -d build/bin/idx ]; then
-  mkdir -p "$dev/idx" && cp -rf build/bin/idx/. "$dev/idx/"
-fi
+# The demo always starts from the bundled signature set.
+rm -rf "$dev/sigs" "$dev/idx"
+bash scripts/make-device.sh "$dev"
 
 # The update source: a folder on the host holding the signature set, as a
 # mirror would. Newer files dropped there are what the Update button fetches.
-src=$(cd build && pwd)/demo-update-source
+src=$(cd "${VMK_BUILD:-build}" && pwd)/demo-update-source
 mkdir -p "$src"
 if [ -d build/bin/sigs ]; then cp -rf build/bin/sigs/. "$src/"; fi
 printf '# Where avupdate.exe looks for signatures: a folder, http:// or ftp://\r\nsource=%s\r\nfiles=vormak.cud main.cvd daily.cvd bytecode.cvd\r\ntimeout=60\r\n' "$src" \
