@@ -12,24 +12,28 @@
 #   - a Latin and a CJK-capable font in fonts/ with their own fontconfig file,
 #     which the programs use only on a host that has no fonts;
 #   - the bundled signature set, its index and the updater's configuration,
-#     each only when the device has none yet (an updated set stays).
+#     each only when the device has none yet (an updated set stays);
+#   - on a device without settings yet, the folders the default settings name
+#     (they follow the language of the first start), and Language.cnf when a
+#     language is given.
 # lib/runtime.list names every file of lib/, plugins/ and fonts/ (so that the
 # next layout removes what is no longer needed); lib/eject.list names the part
 # eject.exe needs, which Vormak.exe copies into the host's system folder so
 # that eject.exe runs after the device is gone.
-#   make-device.sh DEST        e.g. make-device.sh /media/$USER/STICK
+#   make-device.sh DEST [LANGUAGE_LINE]   e.g. make-device.sh /media/$USER/STICK "[English]"
 # VMK_BUILD names the build folder (default: build beside scripts/).
 set -euo pipefail
 unset LD_LIBRARY_PATH
 repo=$(cd "$(dirname "$0")/.." && pwd)
 build=${VMK_BUILD:-$repo/build}
 bin=$build/bin
-if [ $# -ne 1 ] || [ -z "$1" ]; then
-  echo "usage: make-device.sh DEST" >&2
+if [ $# -lt 1 ] || [ $# -gt 2 ] || [ -z "$1" ]; then
+  echo "usage: make-device.sh DEST [LANGUAGE_LINE]" >&2
   exit 2
 fi
 mkdir -p "$1"
 dest=$(cd "$1" && pwd)
+lang=${2:-}
 for tool in strip patchelf ldd; do
   command -v "$tool" >/dev/null || { echo "make-device.sh: $tool is missing (bash scripts/install-deps.sh)" >&2; exit 1; }
 done
@@ -145,6 +149,20 @@ if [ ! -d "$dest/idx" ] && [ -d "$bin/idx" ]; then
   mkdir -p "$dest/idx" && cp -rf "$bin/idx/." "$dest/idx/"
 fi
 [ -f "$dest/avupdate.conf" ] || cp -f "$bin/avupdate.conf" "$dest/avupdate.conf"
+
+if [ -n "$lang" ]; then
+  printf '%s\r\n' "$lang" >"$dest/Language.cnf"
+elif [ -f "$dest/Language.cnf" ]; then
+  lang=$(head -n 1 "$dest/Language.cnf" | tr -d '\r')
+fi
+if [ ! -f "$dest/VMK.cnf" ]; then
+  if [ -z "$lang" ] || [ "$lang" = "[Español]" ]; then
+    folders=("Mis Documentos/Cuarentena" "Mis Documentos/Respaldos" "Documentos Comprimidos" "Documentos Encriptados")
+  else
+    folders=("My Documents/Quarentene" "My Documents/Backups" "Compressed Documents" "Encrypted Documents")
+  fi
+  for d in "${folders[@]}"; do mkdir -p "$dest/$d"; done
+fi
 
 # The size budget of the carried runtime.
 kb=$(du -sk "$dest/lib" "$dest/plugins" "$dest/fonts" | awk '{ s += $1 } END { print s }')
