@@ -248,7 +248,8 @@ TEST(DeviceLayout, ScanAndPanelRunInARootWithOnlyTheCLibrary)
     const QString inRoot = QStringLiteral(
         "set -e; r=$1; shift; mount -t proc proc \"$r/proc\"; mount --bind /dev \"$r/dev\"; "
         "exec env -i HOME=/tmp XDG_DATA_HOME=/tmp/data XDG_CONFIG_HOME=/tmp/config XDG_CACHE_HOME=/tmp/cache "
-        "TMPDIR=/tmp QT_QPA_PLATFORM=offscreen VMK_EXIT_WHEN_SHOWN=1 /usr/sbin/chroot \"$r\" \"$@\"");
+        "TMPDIR=/tmp QT_QPA_PLATFORM=offscreen VMK_EXIT_WHEN_SHOWN=1 QT_LOGGING_RULES=qt.text.font.db=true "
+        "/usr/sbin/chroot \"$r\" \"$@\"");
     const auto chrooted = [&](const QStringList& command) {
         QStringList args = { QStringLiteral("--mount"), QStringLiteral("--propagation"), QStringLiteral("private"),
             QStringLiteral("--"), QStringLiteral("sh"), QStringLiteral("-c"), inRoot, QStringLiteral("sh"), root };
@@ -268,8 +269,13 @@ TEST(DeviceLayout, ScanAndPanelRunInARootWithOnlyTheCLibrary)
         = chrooted({ QStringLiteral("/device/Vormak.exe"), QStringLiteral("--device"), QStringLiteral("/device") });
     EXPECT_EQ(panel.code, 0) << panel.out.toStdString() << panel.err.toStdString();
     EXPECT_TRUE(panel.out.contains(QLatin1String("panel shown"))) << panel.out.toStdString() << panel.err.toStdString();
-    // The device's own fonts were found: fontconfig had a configuration.
+    // The device's own fonts were found: fontconfig had a configuration, and
+    // the Latin and the CJK family reached Qt's font list.
     EXPECT_FALSE(panel.err.contains(QLatin1String("Fontconfig error"))) << panel.err.toStdString();
+    EXPECT_TRUE(panel.err.contains(QLatin1String("Adding font: familyName \"DejaVu Sans\"")))
+        << panel.err.toStdString();
+    EXPECT_TRUE(panel.err.contains(QLatin1String("Adding font: familyName \"WenQuanYi Micro Hei\"")))
+        << panel.err.toStdString();
 
     // With the device gone, the copy of eject.exe in the system folder still
     // starts its window's platform and answers a wrong argument with its usage.
