@@ -69,16 +69,17 @@ ProgramRun run(const QString& program, const QStringList& args, const QProcessEn
     return r;
 }
 
-// Lays out the demo device (the program part any drive gets, and the folders
-// of the default settings) into `dest` with the project's scripts.
-ProgramRun layOut(const QString& dest)
+// Runs one of the project's layout scripts on `dest`: make-demo-device.sh for
+// the demo device (the program part any drive gets, the folders of the default
+// settings and the demo's update source), make-device.sh for a user's drive.
+ProgramRun layOut(const QString& dest, const QString& script = QStringLiteral("make-demo-device.sh"))
 {
     QProcessEnvironment env = cleanEnvironment();
     env.insert(QStringLiteral("VMK_BUILD"), QFileInfo(vmk::test::binDir()).absolutePath());
     // The test data lives in tests/data of the source tree.
-    const QString script
-        = QFileInfo(vmk::test::testDataDir() + QStringLiteral("/../../scripts/make-demo-device.sh")).absoluteFilePath();
-    return run(QStringLiteral("bash"), { script, dest }, env);
+    const QString path
+        = QFileInfo(vmk::test::testDataDir() + QStringLiteral("/../../scripts/") + script).absoluteFilePath();
+    return run(QStringLiteral("bash"), { path, dest }, env);
 }
 
 // The libraries `object` loads, as the real loader resolves them, that are
@@ -216,6 +217,49 @@ TEST(DeviceLayout, EveryProgramAndPluginLoadsOnlyFromTheDevice)
     }
     EXPECT_TRUE(QFileInfo(system + QStringLiteral("/qt.conf")).isFile());
     EXPECT_TRUE(QFileInfo(system + QStringLiteral("/fonts/fonts.conf")).isFile());
+}
+
+TEST(DeviceLayout, LayingOutAUsersDriveAgainKeepsWhatIsNotOurs)
+{
+    QTemporaryDir tmp;
+    ASSERT_TRUE(tmp.isValid());
+    const QString drive = tmp.filePath(QStringLiteral("stick"));
+    const QString userScript = QStringLiteral("make-device.sh");
+    ProgramRun laid = layOut(drive, userScript);
+    ASSERT_EQ(laid.code, 0) << laid.err.toStdString();
+    EXPECT_TRUE(QFileInfo(drive + QStringLiteral("/Mis Documentos/Cuarentena")).isDir());
+    EXPECT_TRUE(QFileInfo(drive + QStringLiteral("/avupdate.conf")).isFile());
+
+    // The owner's files, an updated signature set and a library that the last
+    // layout carried and this one does not; a damaged list naming a file
+    // outside the program part.
+    ASSERT_TRUE(vmk::test::writeFile(drive + QStringLiteral("/notes.txt"), "mine"));
+    ASSERT_TRUE(vmk::test::writeFile(drive + QStringLiteral("/sigs/daily.cvd"), "newer set"));
+    ASSERT_TRUE(vmk::test::writeFile(drive + QStringLiteral("/avupdate.conf"), "source=ftp://mirror\r\n"));
+    ASSERT_TRUE(vmk::test::writeFile(drive + QStringLiteral("/lib/libold.so.1"), "old library"));
+    ASSERT_TRUE(vmk::test::writeFile(tmp.filePath(QStringLiteral("outside.txt")), "outside"));
+    QFile list(drive + QStringLiteral("/lib/runtime.list"));
+    ASSERT_TRUE(list.open(QIODevice::Append));
+    list.write("lib/libold.so.1\nlib/../../outside.txt\n../outside.txt\nnotes.txt\n");
+    list.close();
+    laid = layOut(drive, userScript);
+    ASSERT_EQ(laid.code, 0) << laid.err.toStdString();
+    EXPECT_FALSE(QFileInfo::exists(drive + QStringLiteral("/lib/libold.so.1")));
+    EXPECT_EQ(vmk::test::readFile(drive + QStringLiteral("/notes.txt")), QByteArray("mine"));
+    EXPECT_EQ(vmk::test::readFile(tmp.filePath(QStringLiteral("outside.txt"))), QByteArray("outside"));
+    EXPECT_EQ(vmk::test::readFile(drive + QStringLiteral("/sigs/daily.cvd")), QByteArray("newer set"));
+    EXPECT_EQ(vmk::test::readFile(drive + QStringLiteral("/avupdate.conf")), QByteArray("source=ftp://mirror\r\n"));
+    EXPECT_TRUE(QFileInfo(drive + QStringLiteral("/lib/libQt6Core.so.6")).isFile());
+
+    // A lib/ folder that Vormak did not lay out is the owner's: refused, untouched.
+    const QString other = tmp.filePath(QStringLiteral("other"));
+    ASSERT_TRUE(vmk::test::writeFile(other + QStringLiteral("/lib/mine.so"), "owner's"));
+    laid = layOut(other, userScript);
+    EXPECT_EQ(laid.code, 1);
+    EXPECT_TRUE(laid.err.contains(other + QStringLiteral("/lib exists and was not laid out by Vormak")))
+        << laid.err.toStdString();
+    EXPECT_EQ(vmk::test::readFile(other + QStringLiteral("/lib/mine.so")), QByteArray("owner's"));
+    EXPECT_FALSE(QFileInfo::exists(other + QStringLiteral("/Vormak.exe")));
 }
 
 TEST(DeviceLayout, ScanAndPanelRunInARootWithOnlyTheCLibrary)
