@@ -27,6 +27,9 @@ function(vmk_program name)
     set_target_properties(${name} PROPERTIES OUTPUT_NAME ${ARG_OUTPUT_NAME})
   endif()
   set_target_properties(${name} PROPERTIES RUNTIME_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/bin)
+  # On a device the program finds the libraries it carries in lib/ beside it,
+  # whatever host it runs on; where lib/ is missing (build/bin) the host's are used.
+  set_target_properties(${name} PROPERTIES BUILD_RPATH "\$ORIGIN/lib" INSTALL_RPATH "\$ORIGIN/lib")
 endfunction()
 
 # One GoogleTest executable per test folder; every test is registered with CTest.

@@ -11,6 +11,7 @@ PKGS=(
   libzip-dev zlib1g-dev zip unzip
   libgcrypt20-dev
   libcurl4-openssl-dev
+  patchelf
   libgtest-dev libgmock-dev
   python3 python3-pyftpdlib vsftpd openssl
   xvfb xauth fonts-dejavu-core fonts-wqy-microhei

@@ -1,8 +1,9 @@
 #!/usr/bin/env bash
-# Lays out a demo device folder from the build: the program and its helpers in
-# the device's root, the signatures and their index, the updater's configuration
-# pointing at a local update source, the five folders of the default settings,
-# an autorun file and its clean copy in \VMK\AUTORUN.bck.
+# Lays out a demo device folder from the build: the program part that any
+# drive gets (make-device.sh: the programs, their libraries, plugins and fonts,
+# the signatures and their index), then the updater's configuration
+# pointing at a local update source, an autorun file and its clean copy in
+# \VMK\AUTORUN.bck.
 #   make-demo-device.sh [DEVICE_DIR] [LANGUAGE_LINE]
 # LANGUAGE_LINE, e.g. "[English]", is written to Language.cnf (none: Spanish).
 set -euo pipefail
@@ -11,32 +12,18 @@ dev=${1:-build/demo-device}
 lang=${2:-}
 mkdir -p "$dev"
 dev=$(cd "$dev" && pwd)
-for f in build/bin/*; do
-  [ -f "$f" ] && [ -x "$f" ] && cp -f "$f" "$dev/"
-done
-if [ -d build/bin/sigs ]; then
-  mkdir -p "$dev/sigs" && cp -rf build/bin/sigs/. "$dev/sigs/"
-fi
-if [ -d build/bin/idx ]; then
-  mkdir -p "$dev/idx" && cp -rf build/bin/idx/. "$dev/idx/"
-fi
+# The demo always starts from the bundled signature set, in the language given.
+rm -rf "$dev/sigs" "$dev/idx"
+[ -n "$lang" ] || rm -f "$dev/Language.cnf"
+bash scripts/make-device.sh "$dev" "$lang"
 
 # The update source: a folder on the host holding the signature set, as a
 # mirror would. Newer files dropped there are what the Update button fetches.
-src=$(cd build && pwd)/demo-update-source
+src=$(cd "${VMK_BUILD:-build}" && pwd)/demo-update-source
 mkdir -p "$src"
-if [ -d build/bin/sigs ]; then cp -rf build/bin/sigs/. "$src/"; fi
+if [ -d "${VMK_BUILD:-build}/bin/sigs" ]; then cp -rf "${VMK_BUILD:-build}/bin/sigs/." "$src/"; fi
 printf '# Where avupdate.exe looks for signatures: a folder, http:// or ftp://\r\nsource=%s\r\nfiles=vormak.cud main.cvd daily.cvd bytecode.cvd\r\ntimeout=60\r\n' "$src" \
   > "$dev/avupdate.conf"
-
-# The folders the default settings name (they follow the language of the
-# first start), so the panel finds them all.
-if [ -z "$lang" ] || [ "$lang" = "[Español]" ]; then
-  folders=("Mis Documentos/Cuarentena" "Mis Documentos/Respaldos" "Documentos Comprimidos" "Documentos Encriptados")
-else
-  folders=("My Documents/Quarentene" "My Documents/Backups" "Compressed Documents" "Encrypted Documents")
-fi
-for d in "${folders[@]}"; do mkdir -p "$dev/$d"; done
 
 printf '[autorun]\r\nopen=Vormak.exe\r\nicon=Vormak.exe\r\nlabel=VORMAK\r\n' > "$dev/VMK_AUTORUN.tmp"
 mkdir -p "$dev/VMK"
@@ -45,9 +32,4 @@ cp -f "$dev/VMK_AUTORUN.tmp" "$dev/VMK/AUTORUN.bck"
 [ -f "$dev/AUTORUN.inf" ] && chmod u+w "$dev/AUTORUN.inf"
 mv -f "$dev/VMK_AUTORUN.tmp" "$dev/AUTORUN.inf"
 
-if [ -n "$lang" ]; then
-  printf '%s\r\n' "$lang" > "$dev/Language.cnf"
-else
-  rm -f "$dev/Language.cnf"
-fi
 echo "demo device: $dev"

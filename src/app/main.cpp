@@ -9,6 +9,7 @@
 #include "foundation/ui/Splash.h"
 #include "panel/ControlPanel.h"
 #include "panel/ui/Form1.h"
+#include "platform/DeviceFonts.h"
 #include "platform/DriveMap.h"
 #include "platform/Pump.h"
 
@@ -44,6 +45,7 @@ double msSinceProcessStart()
 
 int main(int argc, char** argv)
 {
+    vmk::DeviceFonts::useWhenHostHasNone();
     QApplication app(argc, argv);
     QApplication::setApplicationName(QStringLiteral("Vormak"));
     QApplication::setQuitOnLastWindowClosed(false);

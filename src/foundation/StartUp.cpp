@@ -61,6 +61,57 @@ bool installComponent(const QString& name)
     QFile::setPermissions(map.toNative(target), QFileInfo(map.toNative(source)).permissions());
     return true;
 }
+
+// A line of lib/eject.list: a path below the program folder, "/" between
+// names. Anything that could reach outside the system folder is passed over.
+bool isPlainRelativePath(const QString& path)
+{
+    if (path.isEmpty() || path.startsWith(QLatin1Char('/')) || path.contains(QLatin1Char('\\'))
+        || path.contains(QLatin1Char(':')))
+        return false;
+    const QStringList names = path.split(QLatin1Char('/'));
+    for (const QString& name : names) {
+        if (name.isEmpty() || name == QLatin1String(".") || name == QLatin1String(".."))
+            return false;
+    }
+    return true;
+}
+
+// eject.exe runs after the device is gone, so the libraries, Qt plugins,
+// qt.conf and fonts it loads from the device (lib/eject.list, written when the
+// device is laid out) are copied beside it, keeping their folders. This keeps
+// one eject.exe, with its window and the suite's drive-letter rule and
+// translation table, rather than a C-library-only build that would need a
+// second copy of both. A file is copied only when it is missing or differs in
+// size or time, so later starts copy nothing.
+void installEjectRuntime()
+{
+    const DriveMap& map = DriveMap::instance();
+    QFile list(map.toNative(programFile(QStringLiteral("lib\\eject.list"))));
+    if (!list.open(QIODevice::ReadOnly))
+        return;
+    const QList<QByteArray> lines = list.readAll().split('\n');
+    for (const QByteArray& line : lines) {
+        const QString path = QString::fromUtf8(line.trimmed());
+        if (!isPlainRelativePath(path))
+            continue;
+        QString name = path;
+        name.replace(QLatin1Char('/'), QLatin1Char('\\'));
+        const QFileInfo source(map.toNative(programFile(name)));
+        const QString target = map.toNative(G().SystemFolder + QLatin1Char('\\') + name);
+        const QFileInfo installed(target);
+        if (!source.isFile()
+            || (installed.isFile() && installed.size() == source.size()
+                && installed.lastModified() == source.lastModified()))
+            continue;
+        QDir().mkpath(installed.absolutePath());
+        if (!installComponent(name))
+            continue;
+        QFile copy(target);
+        if (copy.open(QIODevice::ReadWrite))
+            copy.setFileTime(source.lastModified(), QFileDevice::FileModificationTime);
+    }
+}
 } // namespace
 
 void SettleLanguage()
@@ -106,6 +157,7 @@ void SetUpComponents()
         QFile::remove(DriveMap::instance().toNative(eject));
         installComponent(QStringLiteral("eject.exe"));
     }
+    installEjectRuntime();
 }
 
 void SettleProgramDrive()

@@ -22,7 +22,8 @@ QString SystemFolderPath();
 QStringList ComponentFiles();
 // Fills SystemFolder, copies each missing component from the program folder and
 // records it as registered, and always refreshes eject.exe so that it can run
-// after the device is gone.
+// after the device is gone, with the device files it loads (lib/eject.list),
+// each copied again only when it has changed.
 void SetUpComponents();
 // True when the component has been recorded as registered.
 bool ComponentRegistered(const QString& file);

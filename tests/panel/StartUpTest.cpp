@@ -87,6 +87,48 @@ TEST_F(StartUpTest, ComponentsAreCopiedOnceAndEjectEveryTime)
     EXPECT_TRUE(QFileInfo(sys + QStringLiteral("/eject.exe")).isExecutable());
 }
 
+TEST_F(StartUpTest, EjectRuntimeIsCopiedOnceAndRefreshedWhenChanged)
+{
+    putScript(m_programFolder + QStringLiteral("\\eject.exe"), "exit 0");
+    put(m_programFolder + QStringLiteral("\\lib\\libQt6Core.so.6"), "core library");
+    put(m_programFolder + QStringLiteral("\\plugins\\platforms\\libqxcb.so"), "xcb plugin");
+    put(m_programFolder + QStringLiteral("\\qt.conf"), "[Paths]\r\n");
+    put(m_programFolder + QStringLiteral("\\outside.txt"), "not the helper's");
+    // A damaged list: lines that would leave the system folder, a missing file,
+    // CR LF ends and a blank line are passed over.
+    put(m_programFolder + QStringLiteral("\\lib\\eject.list"),
+        "lib/libQt6Core.so.6\r\nplugins/platforms/libqxcb.so\n\nqt.conf\n../outside.txt\n/etc/passwd\n"
+        "lib/../../outside.txt\nlib\\..\\outside.txt\nC:/outside.txt\nlib/absent.so\n");
+    SetUpComponents();
+    const QString sys = native(G().SystemFolder);
+    const QString core = sys + QStringLiteral("/lib/libQt6Core.so.6");
+    EXPECT_EQ(test::readFile(core), QByteArray("core library"));
+    EXPECT_EQ(test::readFile(sys + QStringLiteral("/plugins/platforms/libqxcb.so")), QByteArray("xcb plugin"));
+    EXPECT_EQ(test::readFile(sys + QStringLiteral("/qt.conf")), QByteArray("[Paths]\r\n"));
+    EXPECT_FALSE(QFileInfo::exists(sys + QStringLiteral("/lib/absent.so")));
+    EXPECT_FALSE(QFileInfo::exists(sys + QStringLiteral("/outside.txt")));
+    EXPECT_FALSE(QFileInfo::exists(QFileInfo(sys).absolutePath() + QStringLiteral("/outside.txt")));
+    EXPECT_FALSE(QFileInfo::exists(m_dataHome + QStringLiteral("/outside.txt")));
+    const QFileInfo source(native(m_programFolder + QStringLiteral("\\lib\\libQt6Core.so.6")));
+    EXPECT_EQ(QFileInfo(core).lastModified(), source.lastModified());
+
+    // Second start: an unchanged file (same size and time) is not copied again.
+    {
+        QFile f(core);
+        ASSERT_TRUE(f.open(QIODevice::ReadWrite));
+        f.write("CORE LIBRARY");
+        f.flush();
+        f.setFileTime(source.lastModified(), QFileDevice::FileModificationTime);
+    }
+    SetUpComponents();
+    EXPECT_EQ(test::readFile(core), QByteArray("CORE LIBRARY"));
+
+    // A changed library on the device is copied over the old one.
+    put(m_programFolder + QStringLiteral("\\lib\\libQt6Core.so.6"), "newer core library");
+    SetUpComponents();
+    EXPECT_EQ(test::readFile(core), QByteArray("newer core library"));
+}
+
 TEST_F(StartUpTest, DriveAutorunGuardAndEngineMessage)
 {
     G().ProgramDrive.clear();

@@ -6,6 +6,7 @@
 
 #include "foundation/Globals.h"
 #include "foundation/Translate.h"
+#include "platform/DeviceFonts.h"
 
 #include <QApplication>
 #include <QCoreApplication>
@@ -32,6 +33,7 @@ void say(const QString& text)
 
 int main(int argc, char** argv)
 {
+    vmk::DeviceFonts::useWhenHostHasNone();
     std::unique_ptr<QCoreApplication> app;
     const bool windowed = haveDisplay();
     if (windowed)
