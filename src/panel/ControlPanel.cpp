@@ -11,6 +11,7 @@
 #include "foundation/Settings.h"
 #include "foundation/StartUp.h"
 #include "platform/DriveMap.h"
+#include "platform/RunAndWait.h"
 #include "platform/Shell.h"
 #include "scanner/Antivir.h"
 #include "scanner/QuarantinePurge.h"
@@ -134,8 +135,9 @@ UpdateVerdict ControlPanel::RunUpdater() const
 {
     // A log left by an earlier run must not be judged as this run's.
     QFile::remove(DriveMap::instance().toNative(SignatureUpdate::LogPath(G().ProgramDrive)));
-    RunAndWait(SignatureUpdate::UpdateCommandLine(G().ProgramFolder, G().ProgramDrive));
-    return SignatureUpdate::JudgeLog(DriveMap::instance().toNative(SignatureUpdate::LogPath(G().ProgramDrive)));
+    const platform::RunOutcome run
+        = platform::RunAndWait(SignatureUpdate::UpdateCommandLine(G().ProgramFolder, G().ProgramDrive));
+    return SignatureUpdate::JudgeLog(run, DriveMap::instance().toNative(SignatureUpdate::LogPath(G().ProgramDrive)));
 }
 
 void ControlPanel::RestartEngine() const
