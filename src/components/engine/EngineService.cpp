@@ -44,6 +44,7 @@ int EngineService::load()
     m_loaded = false;
     int code = Ok;
     auto built = CompiledEngine::build(signatureFolder(), effectiveTempFolder(), m_options, code);
+    m_loadCode = code;
     if (!built)
         return code;
     m_engine = std::move(built);
@@ -57,6 +58,7 @@ int EngineService::unload()
     std::lock_guard lock(m_mutex);
     m_engine.reset();
     m_loaded = false;
+    m_loadCode = NotLoaded;
     return Ok;
 }
 
@@ -64,6 +66,12 @@ bool EngineService::loaded() const
 {
     std::lock_guard lock(m_mutex);
     return m_loaded;
+}
+
+int EngineService::loadCode() const
+{
+    std::lock_guard lock(m_mutex);
+    return m_loadCode;
 }
 
 EngineService::Handle EngineService::acquire()
