@@ -7,7 +7,6 @@
 #include <QAction>
 #include <QCoreApplication>
 #include <QPixmap>
-#include <QSystemTrayIcon>
 
 #include <cstdio>
 
