@@ -14,9 +14,12 @@
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
+#include <QRegularExpression>
+#include <QSaveFile>
 #include <QStandardPaths>
 
 #include <memory>
+#include <optional>
 
 namespace vmk
 {
@@ -29,7 +32,52 @@ const QString kRegisteredKey = QStringLiteral("Vormak\\Components\\");
 struct AutorunGuardState {
     std::unique_ptr<QFile> file;
     QFileDevice::Permissions permissions;
+    QString record; // native path of the mode record written for this run
 };
+
+constexpr QFileDevice::Permissions kWriteBits
+    = QFileDevice::WriteOwner | QFileDevice::WriteUser | QFileDevice::WriteGroup | QFileDevice::WriteOther;
+
+// The nine mode bits, from 0400 down to 0001.
+constexpr QFileDevice::Permission kModeBits[9] = { QFileDevice::ReadOwner, QFileDevice::WriteOwner,
+    QFileDevice::ExeOwner, QFileDevice::ReadGroup, QFileDevice::WriteGroup, QFileDevice::ExeGroup,
+    QFileDevice::ReadOther, QFileDevice::WriteOther, QFileDevice::ExeOther };
+constexpr QFileDevice::Permission kUserBits[3]
+    = { QFileDevice::ReadUser, QFileDevice::WriteUser, QFileDevice::ExeUser };
+
+// Permissions as an octal mode ("0644") and back; the "user" bits are the
+// owner's as this process sees them and are not recorded.
+QString modeText(QFileDevice::Permissions p)
+{
+    int mode = 0;
+    for (int i = 0; i < 9; ++i)
+        if (p & kModeBits[i])
+            mode |= 0400 >> i;
+    return QStringLiteral("0%1").arg(mode, 3, 8, QLatin1Char('0'));
+}
+
+std::optional<QFileDevice::Permissions> permissionsOf(const QByteArray& text)
+{
+    static const QRegularExpression octal(QStringLiteral("^0?[0-7]{3}$"));
+    const QString t = QString::fromLatin1(text.trimmed());
+    if (!octal.match(t).hasMatch())
+        return std::nullopt;
+    const int mode = t.toInt(nullptr, 8);
+    QFileDevice::Permissions p;
+    for (int i = 0; i < 9; ++i)
+        if (mode & (0400 >> i)) {
+            p |= kModeBits[i];
+            if (i < 3)
+                p |= kUserBits[i];
+        }
+    return p;
+}
+
+// Compares the mode bits only (the "user" bits follow the owner's here).
+bool sameMode(QFileDevice::Permissions a, QFileDevice::Permissions b)
+{
+    return modeText(a) == modeText(b);
+}
 
 AutorunGuardState& autorunGuard()
 {
@@ -167,20 +215,52 @@ void SettleProgramDrive()
         G().ProgramDrive = drive;
 }
 
+QString AutorunModeRecord()
+{
+    return G().ProgramDrive + QStringLiteral("\\VMK\\AUTORUN.mode");
+}
+
 bool GuardAutorun()
 {
     AutorunGuardState& guard = autorunGuard();
     if (guard.file)
         return true;
-    const QString native = DriveMap::instance().toNative(G().ProgramDrive + QStringLiteral("\\AUTORUN.inf"));
-    if (!QFileInfo(native).isFile())
+    const DriveMap& map = DriveMap::instance();
+    const QString native = map.toNative(G().ProgramDrive + QStringLiteral("\\AUTORUN.inf"));
+    const QString record = map.toNative(AutorunModeRecord());
+    if (!QFileInfo(native).isFile()) {
+        // A record without its file tells nothing any more.
+        QFile::remove(record);
         return false;
+    }
     auto file = std::make_unique<QFile>(native);
     if (!file->open(QIODevice::ReadOnly))
         return false;
-    guard.permissions = file->permissions();
-    file->setPermissions(guard.permissions
-        & ~(QFileDevice::WriteOwner | QFileDevice::WriteUser | QFileDevice::WriteGroup | QFileDevice::WriteOther));
+    QFileDevice::Permissions own = file->permissions();
+    // A record left by a run that could not give the mode back (killed, or its
+    // device pulled): while the file still has exactly the read-only mode that
+    // run gave it, the recorded mode is the file's own. A mode changed since
+    // then is someone else's choice and is kept.
+    QFile recorded(record);
+    if (recorded.open(QIODevice::ReadOnly)) {
+        const auto before = permissionsOf(recorded.read(16));
+        recorded.close();
+        if (before && sameMode(own, *before & ~kWriteBits))
+            own = *before;
+    }
+    guard.permissions = own;
+    // The mode is taken away only once it is recorded where the next start
+    // finds it, on the device itself.
+    QDir().mkpath(QFileInfo(record).absolutePath());
+    QSaveFile out(record);
+    const bool kept = out.open(QIODevice::WriteOnly)
+        && out.write((modeText(own) + QStringLiteral("\r\n")).toLatin1()) > 0 && out.commit();
+    if (kept) {
+        guard.record = record;
+        file->setPermissions(own & ~kWriteBits);
+    } else {
+        file->setPermissions(own);
+    }
     guard.file = std::move(file);
     return true;
 }
@@ -190,9 +270,15 @@ void ReleaseAutorun()
     AutorunGuardState& guard = autorunGuard();
     if (!guard.file)
         return;
-    guard.file->setPermissions(guard.permissions);
+    const bool exists = guard.file->exists();
+    const bool restored = !exists || guard.file->setPermissions(guard.permissions);
     guard.file->close();
     guard.file.reset();
+    // Without the file's mode given back (the device is gone), the record stays
+    // for the next start.
+    if (restored && !guard.record.isEmpty())
+        QFile::remove(guard.record);
+    guard.record.clear();
 }
 
 bool AutorunGuarded()

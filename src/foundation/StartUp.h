@@ -32,8 +32,13 @@ bool ComponentRegistered(const QString& file);
 void SettleProgramDrive();
 
 // AUTORUN.inf on the device: held open and made read-only while the program
-// runs (Linux has no deny-write lock), restored to its old permissions on
-// release. Nothing happens when the file is absent.
+// runs (Linux has no deny-write lock), restored to its own permissions on
+// release. Nothing happens when the file is absent. The own mode is recorded
+// in AutorunModeRecord() on the device for as long as the file is read-only,
+// so that a start after a run that ended without a release (killed, device
+// pulled) gives the file its own mode back rather than taking the read-only
+// one for it.
+QString AutorunModeRecord();
 bool GuardAutorun();
 void ReleaseAutorun();
 bool AutorunGuarded();

@@ -5,17 +5,22 @@
 #include "panel/SignatureDate.h"
 
 #include "components/engine/Engine.h"
+#include "components/engine/EngineCode.h"
+#include "components/engine/EngineService.h"
 #include "foundation/FileServices.h"
 #include "foundation/Globals.h"
 #include "foundation/Messages.h"
 #include "foundation/Settings.h"
 #include "foundation/StartUp.h"
+#include "foundation/Translate.h"
 #include "platform/DriveMap.h"
 #include "platform/LogicalPath.h"
+#include "platform/RunAndWait.h"
 #include "platform/Shell.h"
 #include "scanner/Antivir.h"
 #include "scanner/QuarantinePurge.h"
 
+#include <QDir>
 #include <QFile>
 
 namespace vmk::panel
@@ -92,6 +97,38 @@ bool ControlPanel::AskForOldSignatures(const QString& caption, const QDate& toda
         == 6;
 }
 
+QString ControlPanel::EngineFailure() const
+{
+    const engine::EngineService& service = engine::EngineService::instance();
+    if (service.loaded())
+        return QString();
+    const int code = service.loadCode();
+    const QString signatures = ProgramFolderSlash() + QStringLiteral("sigs\\");
+    QString reason;
+    switch (code) {
+    case engine::SignaturesMissing:
+        reason = Translate(QStringLiteral("No hay archivos de firmas en la carpeta ")) + signatures;
+        break;
+    case engine::SignaturesBroken:
+    case engine::CompileFailed:
+        reason = Translate(QStringLiteral("Los archivos de firmas están dañados en la carpeta ")) + signatures;
+        break;
+    case engine::TempFolderUnusable:
+        reason = Translate(QStringLiteral("No se puede escribir en la carpeta temporal "))
+            + DriveMap::instance().toLogical(QDir::tempPath());
+        break;
+    case engine::InitFailed:
+        reason = Translate(QStringLiteral("No se pudo iniciar la biblioteca del motor"));
+        break;
+    case engine::NotLoaded:
+        return Translate(QStringLiteral("El motor no está iniciado"));
+    default:
+        reason = Translate(QStringLiteral("¡Error iniciando servicio!"));
+        break;
+    }
+    return reason + QStringLiteral(" (") + QString::number(code) + QLatin1Char(')');
+}
+
 QString ControlPanel::EngineVersionText() const
 {
     return engineText(engine::EngineValue::SignatureVersion);
@@ -128,8 +165,9 @@ UpdateVerdict ControlPanel::RunUpdater() const
 {
     // A log left by an earlier run must not be judged as this run's.
     QFile::remove(DriveMap::instance().toNative(SignatureUpdate::LogPath(G().ProgramDrive)));
-    RunAndWait(SignatureUpdate::UpdateCommandLine(G().ProgramFolder, G().ProgramDrive));
-    return SignatureUpdate::JudgeLog(DriveMap::instance().toNative(SignatureUpdate::LogPath(G().ProgramDrive)));
+    const platform::RunOutcome run
+        = platform::RunAndWait(SignatureUpdate::UpdateCommandLine(G().ProgramFolder, G().ProgramDrive));
+    return SignatureUpdate::JudgeLog(run, DriveMap::instance().toNative(SignatureUpdate::LogPath(G().ProgramDrive)));
 }
 
 void ControlPanel::RestartEngine() const

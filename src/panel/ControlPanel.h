@@ -34,6 +34,9 @@ public:
     bool SignatureIndexExists() const;
     // The five-day question; true when the user wants the update now.
     bool AskForOldSignatures(const QString& caption, const QDate& today) const;
+    // Why the engine is not running, in words and translated, with the folder
+    // it concerns and the code after them; empty while it runs.
+    QString EngineFailure() const;
     // Load, step 9: engine values 52 and 55 as the labels show them.
     QString EngineVersionText() const;
     QString EngineCountText() const;

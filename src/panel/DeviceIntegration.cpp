@@ -50,8 +50,8 @@ void DeviceIntegration::RestoreAutorun(const QString& programDrive)
 {
     const QString autorun = programDrive + QStringLiteral("\\AUTORUN.inf");
     const QString backup = programDrive + QStringLiteral("\\VMK\\AUTORUN.bck");
-    if (FileExists(autorun))
-        ReleaseAutorun();
+    // Released even when the file is gone, so that its mode record goes too.
+    ReleaseAutorun();
     if (FileExists(backup)) {
         QFile::remove(DriveMap::instance().toNative(autorun));
         CopyFileInBlocks(backup, autorun);

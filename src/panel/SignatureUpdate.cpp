@@ -3,6 +3,7 @@
 #include "platform/Pump.h"
 
 #include <QFile>
+#include <QRegularExpression>
 
 namespace vmk::panel
 {
@@ -45,24 +46,39 @@ QString SignatureUpdate::ReadLastLine(const QString& logNativePath, bool* found)
     return last;
 }
 
-UpdateVerdict SignatureUpdate::Judge(const QString& lastLine)
+QString SignatureUpdate::LogMessage(const QString& line)
 {
-    if (lastLine.contains(QStringLiteral("Update finished")))
-        return UpdateVerdict::Finished;
-    if (lastLine.contains(QStringLiteral("error")))
+    static const QRegularExpression stamp(QStringLiteral("^\\d{4}-\\d{2}-\\d{2} \\d{2}:\\d{2}:\\d{2} "));
+    const QRegularExpressionMatch m = stamp.match(line);
+    return m.hasMatch() ? line.mid(m.capturedLength()) : line;
+}
+
+UpdateVerdict SignatureUpdate::Judge(const platform::RunOutcome& run, const QString& lastLine)
+{
+    if (!run.started)
+        return UpdateVerdict::LogMissing;
+    if (run.crashed || run.exitCode != 0)
         return UpdateVerdict::Error;
-    if (lastLine.contains(QStringLiteral("Nothing to update")))
+    const QString message = LogMessage(lastLine);
+    if (message == QLatin1String("Update finished"))
+        return UpdateVerdict::Finished;
+    if (message == QLatin1String("Nothing to update"))
         return UpdateVerdict::NothingToUpdate;
+    // A run that says it ended well but whose last line reports an error is not trusted.
+    if (message.startsWith(QLatin1String("Update error")))
+        return UpdateVerdict::Error;
     return UpdateVerdict::Silent;
 }
 
-UpdateVerdict SignatureUpdate::JudgeLog(const QString& logNativePath)
+UpdateVerdict SignatureUpdate::JudgeLog(const platform::RunOutcome& run, const QString& logNativePath)
 {
+    if (!run.started)
+        return UpdateVerdict::LogMissing;
     bool found = false;
     const QString last = ReadLastLine(logNativePath, &found);
     if (!found)
-        return UpdateVerdict::LogMissing;
-    return Judge(last);
+        return run.crashed || run.exitCode != 0 ? UpdateVerdict::Error : UpdateVerdict::LogMissing;
+    return Judge(run, last);
 }
 
 } // namespace vmk::panel

@@ -1,17 +1,19 @@
 #pragma once
 
+#include "platform/RunAndWait.h"
+
 #include <QString>
 
 namespace vmk::panel
 {
 
-// What the last line of the updater's log says.
+// How the update went, from the updater's exit status and its last log line.
 enum class UpdateVerdict {
     Finished, // "Update finished": the restart question follows
-    Error, // "error": "¡Error al actualizar!"
+    Error, // the updater failed: "¡Error al actualizar!"
     NothingToUpdate, // "Nothing to update": "¡Nada que actualizar!"
-    Silent, // any other last line, an empty one included: no message
-    LogMissing, // no log, or an empty one: reported as an error
+    Silent, // it succeeded, but its last line is none of the two (an empty one included): no message
+    LogMissing, // it did not start, or left no log: reported as an error
 };
 
 // The panel's side of the signature update: the updater's command line, its
@@ -28,10 +30,15 @@ public:
     // Reads the log line by line, pumping events after each, and returns the
     // last line. `found` is false when the log is missing or holds nothing.
     static QString ReadLastLine(const QString& logNativePath, bool* found);
-    // The plain text searches, success first: a line with both "Update finished"
-    // and "error" counts as success.
-    static UpdateVerdict Judge(const QString& lastLine);
-    static UpdateVerdict JudgeLog(const QString& logNativePath);
+    // The updater's own words on a log line: the line without the date and time
+    // the updater puts in front of each ("2026-11-23 14:02:11 Update finished").
+    static QString LogMessage(const QString& line);
+    // A failed run is an error whatever its log says; a run that succeeded is
+    // told by its last line, which must be exactly "Update finished" or
+    // "Nothing to update". A source or error text that merely contains those
+    // words decides nothing.
+    static UpdateVerdict Judge(const platform::RunOutcome& run, const QString& lastLine);
+    static UpdateVerdict JudgeLog(const platform::RunOutcome& run, const QString& logNativePath);
 };
 
 } // namespace vmk::panel

@@ -76,6 +76,66 @@ TEST_F(DeviceIntegrationTest, AutorunIsGuardedAndRestoredFromTheBackup)
     EXPECT_TRUE(QFile::permissions(autorun) & QFileDevice::WriteOwner);
 }
 
+TEST_F(DeviceIntegrationTest, AutorunGetsItsOwnModeBackAfterARunThatNeverReleasedIt)
+{
+    // The mode bits alone: the "user" bits say what this process may do, which
+    // for root is everything.
+    const auto modeOf = [](const QString& file) {
+        return QFile::permissions(file) & ~(QFileDevice::ReadUser | QFileDevice::WriteUser | QFileDevice::ExeUser);
+    };
+    const QString autorun = put(QStringLiteral("E:\\AUTORUN.inf"), "[autorun]\r\n");
+    const QString record = native(AutorunModeRecord());
+    const QFileDevice::Permissions mode640 = QFileDevice::ReadOwner | QFileDevice::WriteOwner | QFileDevice::ReadGroup;
+    const QFileDevice::Permissions mode440 = QFileDevice::ReadOwner | QFileDevice::ReadGroup;
+    ASSERT_TRUE(QFile::setPermissions(autorun, mode640));
+
+    // While guarded, the own mode is recorded on the device; a release gives it
+    // back and drops the record.
+    ASSERT_TRUE(GuardAutorun());
+    EXPECT_EQ(modeOf(autorun), mode440);
+    EXPECT_EQ(test::readFile(record), QByteArray("0640\r\n"));
+    ReleaseAutorun();
+    EXPECT_EQ(modeOf(autorun), mode640);
+    EXPECT_FALSE(QFileInfo::exists(record));
+
+    // A run killed while guarding (or whose device was pulled) left the file
+    // read-only with its record: the next start takes the recorded mode, not
+    // the read-only one it finds, and its release gives 0640 back.
+    ASSERT_TRUE(test::writeFile(record, "0640\r\n"));
+    ASSERT_TRUE(QFile::setPermissions(autorun, mode440));
+    ASSERT_TRUE(GuardAutorun());
+    EXPECT_EQ(modeOf(autorun), mode440);
+    EXPECT_EQ(test::readFile(record), QByteArray("0640\r\n"));
+    ReleaseAutorun();
+    EXPECT_EQ(modeOf(autorun), mode640);
+    EXPECT_FALSE(QFileInfo::exists(record));
+
+    // A mode changed since that run is the owner's own choice and is kept; so
+    // is the mode found beside a record that is not a mode at all.
+    const QFileDevice::Permissions mode600 = QFileDevice::ReadOwner | QFileDevice::WriteOwner;
+    for (const QByteArray& left : { QByteArray("0640\r\n"), QByteArray("rwx\r\n"), QByteArray("99999\r\n"),
+             QByteArray("\xff\xfe"
+                        "0777"),
+             QByteArray() }) {
+        ASSERT_TRUE(test::writeFile(record, left));
+        ASSERT_TRUE(QFile::setPermissions(autorun, mode600));
+        ASSERT_TRUE(GuardAutorun());
+        EXPECT_EQ(test::readFile(record), QByteArray("0600\r\n")) << left.constData();
+        ReleaseAutorun();
+        EXPECT_EQ(modeOf(autorun), mode600) << left.constData();
+    }
+
+    // The file removed during the run: the release has nothing to give back and
+    // drops the record; a record beside no file is dropped at the next start.
+    ASSERT_TRUE(GuardAutorun());
+    QFile::remove(autorun);
+    ReleaseAutorun();
+    EXPECT_FALSE(QFileInfo::exists(record));
+    ASSERT_TRUE(test::writeFile(record, "0640\r\n"));
+    EXPECT_FALSE(GuardAutorun());
+    EXPECT_FALSE(QFileInfo::exists(record));
+}
+
 TEST_F(DeviceIntegrationTest, EjectHelperGetsLanguageAndDriveFromTheSystemFolder)
 {
     EXPECT_EQ(DeviceIntegration::EjectCommandLine(QStringLiteral("C:\\system"), 2, QStringLiteral("E:")),

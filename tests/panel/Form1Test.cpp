@@ -20,9 +20,11 @@
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
+#include <QImage>
 #include <QLabel>
 #include <QMouseEvent>
 #include <QProcess>
+#include <QSystemTrayIcon>
 #include <QThread>
 #include <QTimer>
 
@@ -219,13 +221,45 @@ TEST_F(Form1Test, EjectQuitAsksNothingRestoresAndStartsTheHelper)
         EXPECT_NE(t, QStringLiteral("¿Realmente desea salir de Vormak?"));
 }
 
-TEST_F(Form1Test, TrayExitQuitsThePanelHiddenInTheTray)
+TEST_F(Form1Test, HideLinksMinimiseWithoutATrayAndTheTrayExitQuits)
 {
     m_form->show();
     m_form->Form_Load();
     test::MessageRecorder messages;
-    m_form->Label13_Click(); // hidden to the tray
-    ASSERT_FALSE(m_form->isVisible());
+    // No tray offscreen: both links minimise, so the panel is never out of reach,
+    // even when a tray icon owner says it took the panel.
+    ASSERT_FALSE(QSystemTrayIcon::isSystemTrayAvailable());
+    int trayAsked = 0;
+    Form1::Hooks hooks;
+    hooks.hideToTray = [&] {
+        ++trayAsked;
+        return true;
+    };
+    hooks.endProgram = [this](int code) { m_endCodes << code; };
+    Form1 other(m_panel, hooks);
+    other.show();
+    for (const char* link : { "Label13", "Label4" }) {
+        other.showNormal();
+        QLabel* l = other.label(link);
+        ASSERT_NE(l, nullptr) << link;
+        QMouseEvent press(QEvent::MouseButtonPress, QPointF(2, 2), l->mapToGlobal(QPointF(2, 2)), Qt::LeftButton,
+            Qt::LeftButton, Qt::NoModifier);
+        QMouseEvent release(QEvent::MouseButtonRelease, QPointF(2, 2), l->mapToGlobal(QPointF(2, 2)), Qt::LeftButton,
+            Qt::NoButton, Qt::NoModifier);
+        QApplication::sendEvent(l, &press);
+        QApplication::sendEvent(l, &release);
+        QCoreApplication::processEvents(); // the click runs once its event is done
+        EXPECT_TRUE(other.isVisible()) << link;
+        EXPECT_TRUE(other.isMinimized()) << link;
+    }
+    EXPECT_EQ(trayAsked, 0);
+    // A second start brings it back.
+    other.BringToFront();
+    EXPECT_TRUE(other.isVisible());
+    EXPECT_FALSE(other.isMinimized());
+
+    m_form->Label13_Click();
+    ASSERT_TRUE(m_form->isVisible());
     m_form->Image20_Click(); // the tray menu's Exit
     EXPECT_TRUE(m_form->Unloaded());
     EXPECT_EQ(m_endCodes, QList<int>({ 0 }));
@@ -268,4 +302,57 @@ TEST_F(Form1Test, ButtonsLightOnHoverAndTheWebAddressOpens)
     m_form->Image17_Click();
     Shell::setOpener(previous);
     EXPECT_EQ(opened, QStringList({ QString::fromLatin1(ControlPanel::kWebAddress) }));
+}
+
+TEST_F(Form1Test, AFailedEngineShowsOnTheShieldAndTheSignatureCard)
+{
+    // No signature file in sigs\: the real engine refuses to start.
+    const QString program = native(m_programFolder);
+    QDir().mkpath(program + QStringLiteral("/sigs"));
+    test::writeFile(program + QStringLiteral("/sigs/readme.txt"), "no signatures here");
+    QDir::setCurrent(program);
+    test::MessageRecorder messages;
+    StartEngine([] { return int(engine::LoadEngine()); });
+    ASSERT_FALSE(G().EngineLoaded);
+    ASSERT_EQ(messages.texts, QStringList({ QStringLiteral("Error iniciando servicio! (7)") }));
+    m_form->show();
+    m_form->Form_Load();
+    QLabel* reason = m_form->label("LblEngineReason");
+    ASSERT_NE(reason, nullptr);
+    EXPECT_TRUE(reason->isVisible());
+    EXPECT_EQ(reason->text(), QStringLiteral("No hay archivos de firmas en la carpeta E:\\VMK\\sigs\\ (7)"));
+    EXPECT_EQ(m_form->label("Label9")->text(), QStringLiteral("¡Error iniciando servicio!"));
+    EXPECT_FALSE(m_form->label("Label10")->isVisible());
+    EXPECT_FALSE(m_form->label("Label7")->isVisible());
+    QLabel* shield = m_form->label("Image22");
+    EXPECT_EQ(shield->toolTip(), reason->text());
+    // The shield is red, not the green of a running engine.
+    const QImage picture = shield->pixmap().toImage();
+    const QColor middle = picture.pixelColor(picture.width() / 2, picture.height() / 4);
+    EXPECT_GT(middle.red(), 2 * middle.green()) << middle.name().toStdString();
+    if (const QString dir = qEnvironmentVariable("VMK_SHOTS"); !dir.isEmpty())
+        m_form->grab().save(dir + QStringLiteral("/panel-engine-failed.png"));
+
+    // In English the reason is English too.
+    G().LanguageIndex = 1;
+    m_form->Form_Load();
+    EXPECT_EQ(reason->text(), QStringLiteral("There are no signature files in the folder E:\\VMK\\sigs\\ (7)"));
+    EXPECT_EQ(m_form->label("Label9")->text(), QStringLiteral("Error starting service!"));
+    G().LanguageIndex = 0;
+
+    // Signatures put in place and the engine restarted (as after an update):
+    // the green shield and the data come back.
+    QFile::copy(test::binDir() + QStringLiteral("/sigs/vormak.cud"), program + QStringLiteral("/sigs/vormak.cud"));
+    m_panel.RestartEngine();
+    m_form->Form_Load();
+    EXPECT_FALSE(reason->isVisible());
+    EXPECT_TRUE(m_form->label("Label10")->isVisible());
+    EXPECT_FALSE(m_form->label("Label10")->text().isEmpty());
+    EXPECT_TRUE(shield->toolTip().isEmpty());
+    const QImage green = shield->pixmap().toImage();
+    const QColor top = green.pixelColor(green.width() / 2, green.height() / 4);
+    EXPECT_GT(top.green(), top.red()) << top.name().toStdString();
+    if (const QString dir = qEnvironmentVariable("VMK_SHOTS"); !dir.isEmpty())
+        m_form->grab().save(dir + QStringLiteral("/panel-engine-running.png"));
+    engine::UnLoadEngine();
 }

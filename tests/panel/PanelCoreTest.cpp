@@ -78,26 +78,48 @@ TEST(SignatureUpdate, CommandLineLastLineAndVerdicts)
     EXPECT_EQ(SignatureUpdate::UpdateCommandLine(QStringLiteral("E:\\"), QStringLiteral("E:")),
         QStringLiteral("\"E:\\\\avupdate.exe\"--config=avupdate.conf --log=E:\\UPDLOG.TXT"));
 
-    EXPECT_EQ(SignatureUpdate::Judge(QStringLiteral("12:00 Update finished")), UpdateVerdict::Finished);
-    EXPECT_EQ(SignatureUpdate::Judge(QStringLiteral("Update finished with error")), UpdateVerdict::Finished);
-    EXPECT_EQ(SignatureUpdate::Judge(QStringLiteral("error: source unreachable")), UpdateVerdict::Error);
-    EXPECT_EQ(SignatureUpdate::Judge(QStringLiteral("Nothing to update")), UpdateVerdict::NothingToUpdate);
-    EXPECT_EQ(SignatureUpdate::Judge(QStringLiteral("update FINISHED")), UpdateVerdict::Silent); // case-sensitive
-    EXPECT_EQ(SignatureUpdate::Judge(QStringLiteral("Error")), UpdateVerdict::Silent);
+    platform::RunOutcome ok;
+    ok.started = true;
+    ok.exitCode = 0;
+    platform::RunOutcome failed = ok;
+    failed.exitCode = 1;
+    platform::RunOutcome crashed = ok;
+    crashed.crashed = true;
+    const platform::RunOutcome notStarted;
+    const QString finished = QStringLiteral("2026-11-23 14:02:11 Update finished");
+    EXPECT_EQ(SignatureUpdate::LogMessage(finished), QStringLiteral("Update finished"));
+    EXPECT_EQ(SignatureUpdate::LogMessage(QStringLiteral("Update finished")), QStringLiteral("Update finished"));
+    EXPECT_EQ(SignatureUpdate::Judge(ok, finished), UpdateVerdict::Finished);
+    EXPECT_EQ(SignatureUpdate::Judge(ok, QStringLiteral("Nothing to update")), UpdateVerdict::NothingToUpdate);
+    // A failed or crashed run is an error, whatever its last line says.
+    EXPECT_EQ(SignatureUpdate::Judge(failed, finished), UpdateVerdict::Error);
+    EXPECT_EQ(SignatureUpdate::Judge(crashed, finished), UpdateVerdict::Error);
+    EXPECT_EQ(SignatureUpdate::Judge(notStarted, finished), UpdateVerdict::LogMissing);
+    // The success words inside an error text, or around other words, decide nothing.
+    EXPECT_EQ(SignatureUpdate::Judge(
+                  ok, QStringLiteral("2026-11-23 14:02:11 Update error: /media/x/Update finished holds none of a.cud")),
+        UpdateVerdict::Error);
+    EXPECT_EQ(SignatureUpdate::Judge(ok, QStringLiteral("Update finished with error")), UpdateVerdict::Silent);
+    EXPECT_EQ(SignatureUpdate::Judge(ok, QStringLiteral("Source Update finished failed")), UpdateVerdict::Silent);
+    EXPECT_EQ(SignatureUpdate::Judge(ok, QStringLiteral("update FINISHED")), UpdateVerdict::Silent); // case-sensitive
+    EXPECT_EQ(SignatureUpdate::Judge(failed, QStringLiteral("Nothing to update")), UpdateVerdict::Error);
 
     QTemporaryDir dir;
     const QString log = dir.filePath(QStringLiteral("UPDLOG.TXT"));
-    EXPECT_EQ(SignatureUpdate::JudgeLog(log), UpdateVerdict::LogMissing);
+    EXPECT_EQ(SignatureUpdate::JudgeLog(ok, log), UpdateVerdict::LogMissing);
+    EXPECT_EQ(SignatureUpdate::JudgeLog(failed, log), UpdateVerdict::Error);
     ASSERT_TRUE(test::writeFile(log, ""));
-    EXPECT_EQ(SignatureUpdate::JudgeLog(log), UpdateVerdict::LogMissing);
+    EXPECT_EQ(SignatureUpdate::JudgeLog(ok, log), UpdateVerdict::LogMissing);
     ASSERT_TRUE(test::writeFile(log, "start\r\nNothing to update\r\nUpdate finished\r\n"));
-    EXPECT_EQ(SignatureUpdate::JudgeLog(log), UpdateVerdict::Finished);
-    // Only the last line counts.
-    ASSERT_TRUE(test::writeFile(log, "Update finished\r\nerror: disk full"));
-    EXPECT_EQ(SignatureUpdate::JudgeLog(log), UpdateVerdict::Error);
+    EXPECT_EQ(SignatureUpdate::JudgeLog(ok, log), UpdateVerdict::Finished);
+    // Only the last line counts, and a CR inside a line ends it.
+    ASSERT_TRUE(test::writeFile(log, "Update finished\r\nUpdate error: disk full"));
+    EXPECT_EQ(SignatureUpdate::JudgeLog(ok, log), UpdateVerdict::Error);
+    ASSERT_TRUE(test::writeFile(log, "Update error: x\rUpdate finished\r\n"));
+    EXPECT_EQ(SignatureUpdate::JudgeLog(failed, log), UpdateVerdict::Error);
     // A trailing empty line is the last line: no message.
     ASSERT_TRUE(test::writeFile(log, "Update finished\r\n\r\n"));
-    EXPECT_EQ(SignatureUpdate::JudgeLog(log), UpdateVerdict::Silent);
+    EXPECT_EQ(SignatureUpdate::JudgeLog(ok, log), UpdateVerdict::Silent);
 
     // The pump runs after each line.
     int pumps = 0;

@@ -204,31 +204,54 @@ TEST_F(StartUpTest, SplashRunsTheSequenceAndHandsOverToThePanel)
     EXPECT_TRUE(messages.texts.isEmpty()) << messages.texts.join(QLatin1Char('|')).toStdString();
 }
 
-TEST(ProgramStart, VormakExeReachesThePanelOnADeviceFolder)
+namespace
+{
+// A device folder holding the program, its helpers, the signatures, an autorun
+// file and the folders of the default settings.
+void layOutDevice(const QString& device)
 {
     const QString bin = test::binDir();
-    QTemporaryDir device, data;
     for (const char* f : { "Vormak.exe", "eject.exe" }) {
         const QString name = QString::fromLatin1(f);
-        ASSERT_TRUE(QFile::copy(bin + QLatin1Char('/') + name, device.filePath(name)));
-        QFile::setPermissions(device.filePath(name), QFile::permissions(bin + QLatin1Char('/') + name));
+        ASSERT_TRUE(QFile::copy(bin + QLatin1Char('/') + name, device + QLatin1Char('/') + name));
+        QFile::setPermissions(device + QLatin1Char('/') + name, QFile::permissions(bin + QLatin1Char('/') + name));
     }
-    QDir().mkpath(device.filePath(QStringLiteral("sigs")));
-    QFile::copy(bin + QStringLiteral("/sigs/vormak.cud"), device.filePath(QStringLiteral("sigs/vormak.cud")));
-    test::writeFile(device.filePath(QStringLiteral("AUTORUN.inf")), "[autorun]\r\n");
+    QDir().mkpath(device + QStringLiteral("/sigs"));
+    QFile::copy(bin + QStringLiteral("/sigs/vormak.cud"), device + QStringLiteral("/sigs/vormak.cud"));
+    test::writeFile(device + QStringLiteral("/AUTORUN.inf"), "[autorun]\r\n");
     for (const char* d :
         { "Mis Documentos/Cuarentena", "Mis Documentos/Respaldos", "Documentos Comprimidos", "Documentos Encriptados" })
-        QDir().mkpath(device.filePath(QString::fromLatin1(d)));
-    QProcess p;
+        QDir().mkpath(device + QLatin1Char('/') + QString::fromLatin1(d));
+}
+
+// Vormak.exe of `device`, offscreen, with its per-user folders in `data`.
+void startProgram(
+    QProcess& p, const QString& device, const QString& data, bool exitWhenShown, const QString& grabDir = QString())
+{
     QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
     env.insert(QStringLiteral("QT_QPA_PLATFORM"), QStringLiteral("offscreen"));
-    env.insert(QStringLiteral("XDG_DATA_HOME"), data.path());
-    env.insert(QStringLiteral("XDG_CONFIG_HOME"), data.path());
-    env.insert(QStringLiteral("VMK_EXIT_WHEN_SHOWN"), QStringLiteral("1"));
+    env.insert(QStringLiteral("XDG_DATA_HOME"), data);
+    env.insert(QStringLiteral("XDG_CONFIG_HOME"), data);
+    env.insert(QStringLiteral("XDG_RUNTIME_DIR"), data + QStringLiteral("/run"));
+    env.remove(QStringLiteral("VMK_EXIT_WHEN_SHOWN"));
+    env.remove(QStringLiteral("VMK_GRAB_DIR"));
+    if (exitWhenShown)
+        env.insert(QStringLiteral("VMK_EXIT_WHEN_SHOWN"), QStringLiteral("1"));
+    if (!grabDir.isEmpty())
+        env.insert(QStringLiteral("VMK_GRAB_DIR"), grabDir);
     env.remove(QString::fromLatin1(DriveMap::kInheritedVariable));
     p.setProcessEnvironment(env);
-    p.setWorkingDirectory(device.path());
-    p.start(device.filePath(QStringLiteral("Vormak.exe")), { QStringLiteral("--device"), device.path() });
+    p.setWorkingDirectory(device);
+    p.start(device + QStringLiteral("/Vormak.exe"), { QStringLiteral("--device"), device });
+}
+} // namespace
+
+TEST(ProgramStart, VormakExeReachesThePanelOnADeviceFolder)
+{
+    QTemporaryDir device, data;
+    layOutDevice(device.path());
+    QProcess p;
+    startProgram(p, device.path(), data.path(), true);
     ASSERT_TRUE(p.waitForFinished(60000));
     const QString out = QString::fromUtf8(p.readAllStandardOutput());
     EXPECT_EQ(p.exitCode(), 0) << out.toStdString() << p.readAllStandardError().toStdString();
@@ -238,4 +261,77 @@ TEST(ProgramStart, VormakExeReachesThePanelOnADeviceFolder)
     EXPECT_TRUE(QFileInfo::exists(device.filePath(QStringLiteral("VMK.cnf"))));
     EXPECT_TRUE(QFileInfo(data.filePath(QStringLiteral("Vormak/system/eject.exe"))).isExecutable());
     EXPECT_TRUE(QFile::permissions(device.filePath(QStringLiteral("AUTORUN.inf"))) & QFileDevice::WriteOwner);
+}
+
+// The "user" permission bits say what this process may do, which for root is everything.
+constexpr QFileDevice::Permissions kUserBits = QFileDevice::ReadUser | QFileDevice::WriteUser | QFileDevice::ExeUser;
+
+TEST(ProgramStart, OneProgramPerDeviceAndAKilledRunBlocksNothing)
+{
+    QTemporaryDir first, second, data, grab;
+    layOutDevice(first.path());
+    layOutDevice(second.path());
+    QDir().mkpath(data.filePath(QStringLiteral("run")));
+    QFile::setPermissions(
+        data.filePath(QStringLiteral("run")), QFileDevice::ReadOwner | QFileDevice::WriteOwner | QFileDevice::ExeOwner);
+    const QString autorun = first.filePath(QStringLiteral("AUTORUN.inf"));
+    const auto ownMode = QFileDevice::ReadOwner | QFileDevice::ReadUser | QFileDevice::WriteOwner
+        | QFileDevice::WriteUser | QFileDevice::ReadGroup;
+    ASSERT_TRUE(QFile::setPermissions(autorun, ownMode));
+
+    // The first start stays up; its panel picture says when it is shown.
+    QProcess running;
+    startProgram(running, first.path(), data.path(), false, grab.path());
+    struct Stop {
+        QProcess& p;
+        ~Stop()
+        {
+            p.kill();
+            p.waitForFinished(10000);
+        }
+    } stop { running };
+    ASSERT_TRUE(running.waitForStarted(30000));
+    const QString picture = grab.filePath(QStringLiteral("panel.png"));
+    for (int i = 0; i < 600 && !QFileInfo::exists(picture) && running.state() == QProcess::Running; ++i)
+        running.waitForFinished(100);
+    ASSERT_TRUE(QFileInfo::exists(picture)) << running.readAllStandardError().toStdString();
+    EXPECT_FALSE(QFile::permissions(autorun) & QFileDevice::WriteOwner); // guarded
+
+    // A second start on the same device ends at once, without a panel of its own,
+    // and the running program is told to bring its panel forward.
+    QProcess again;
+    startProgram(again, first.path(), data.path(), true);
+    ASSERT_TRUE(again.waitForFinished(30000));
+    EXPECT_EQ(again.exitCode(), 0);
+    EXPECT_FALSE(again.readAllStandardOutput().contains("panel shown")) << again.readAllStandardError().toStdString();
+    QByteArray told;
+    for (int i = 0; i < 100 && !told.contains("brought the panel to the front"); ++i) {
+        running.waitForReadyRead(100);
+        told += running.readAllStandardError();
+    }
+    EXPECT_TRUE(told.contains("brought the panel to the front")) << told.toStdString();
+    EXPECT_EQ(running.state(), QProcess::Running);
+
+    // Another device starts while the first runs.
+    QProcess other;
+    startProgram(other, second.path(), data.path(), true);
+    ASSERT_TRUE(other.waitForFinished(60000));
+    EXPECT_EQ(other.exitCode(), 0);
+    EXPECT_TRUE(other.readAllStandardOutput().contains("panel shown after"))
+        << other.readAllStandardError().toStdString();
+
+    // The first run is killed: its lock, its socket and the read-only autorun
+    // file stay behind. The next start is not blocked, and gives the file its
+    // own mode back rather than keeping the read-only one it finds.
+    running.kill();
+    ASSERT_TRUE(running.waitForFinished(10000));
+    EXPECT_FALSE(QFile::permissions(autorun) & QFileDevice::WriteOwner);
+    QProcess next;
+    startProgram(next, first.path(), data.path(), true);
+    ASSERT_TRUE(next.waitForFinished(60000));
+    EXPECT_EQ(next.exitCode(), 0);
+    EXPECT_TRUE(next.readAllStandardOutput().contains("panel shown after"))
+        << next.readAllStandardError().toStdString();
+    EXPECT_EQ(QFile::permissions(autorun) & ~kUserBits, ownMode & ~kUserBits);
+    EXPECT_FALSE(QFileInfo::exists(first.filePath(QStringLiteral("VMK/AUTORUN.mode"))));
 }

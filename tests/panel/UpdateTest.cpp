@@ -24,8 +24,9 @@ using namespace vmk::panel;
 class UpdateTest : public test::DeviceFixture
 {
 protected:
-    // An updater that writes the given log text and, when asked, a new index.
-    void fakeUpdater(const QByteArray& log, const QDate& newIndex = QDate())
+    // An updater that writes the given log text and, when asked, a new index,
+    // and ends with `exitCode`.
+    void fakeUpdater(const QByteArray& log, const QDate& newIndex = QDate(), int exitCode = 0)
     {
         QByteArray body = "printf '%s' \"$*\" > '" + m_host.filePath(QStringLiteral("args.txt")).toUtf8() + "'\n";
         const QString logPath = native(QStringLiteral("E:\\UPDLOG.TXT"));
@@ -35,9 +36,26 @@ protected:
         if (newIndex.isValid())
             body += "printf '" + indexLine(newIndex).trimmed() + "\\r\\n' > '"
                 + native(m_programFolder + QStringLiteral("\\idx\\master.idx")).toUtf8() + "'\n";
+        body += "exit " + QByteArray::number(exitCode) + "\n";
         putScript(m_programFolder + QStringLiteral("\\avupdate.exe"), body);
     }
     QString args() const { return QString::fromUtf8(test::readFile(m_host.filePath(QStringLiteral("args.txt")))); }
+
+    // The built avupdate.exe in the program folder, with the built signature set
+    // in its sigs; returns that set, or nothing when the build has none.
+    QByteArray installRealUpdater()
+    {
+        const QString bin = test::binDir();
+        const QByteArray set = test::readFile(bin + QStringLiteral("/sigs/vormak.cud"));
+        if (!QFileInfo(bin + QStringLiteral("/avupdate.exe")).isExecutable() || set.isEmpty())
+            return QByteArray();
+        const QString program = native(m_programFolder);
+        QFile::copy(bin + QStringLiteral("/avupdate.exe"), program + QStringLiteral("/avupdate.exe"));
+        QFile::setPermissions(
+            program + QStringLiteral("/avupdate.exe"), QFile::permissions(bin + QStringLiteral("/avupdate.exe")));
+        test::writeFile(program + QStringLiteral("/sigs/vormak.cud"), set);
+        return set;
+    }
 
     ControlPanel m_panel;
 };
@@ -53,7 +71,7 @@ TEST_F(UpdateTest, VerdictsOfTheLastLine)
     fakeUpdater("Checking\\r\\nNothing to update\\r\\n");
     form.Image15_Click();
     EXPECT_EQ(args(), QStringLiteral("--config=avupdate.conf --log=E:\\UPDLOG.TXT"));
-    fakeUpdater("Checking\\r\\nerror: source folder missing\\r\\n");
+    fakeUpdater("Checking\\r\\nUpdate error: source folder missing\\r\\n", QDate(), 1);
     form.Image15_Click();
     fakeUpdater(QByteArray()); // no log at all
     form.Image15_Click();
@@ -63,9 +81,13 @@ TEST_F(UpdateTest, VerdictsOfTheLastLine)
     form.Image15_Click();
     fakeUpdater("Something else\\r\\n");
     form.Image15_Click();
+    // A failing updater whose last line holds the success words.
+    fakeUpdater("Update finished\\r\\n", QDate(), 1);
+    form.Image15_Click();
     EXPECT_EQ(messages.texts,
         QStringList({ QStringLiteral("¡Nada que actualizar!"), QStringLiteral("¡Error al actualizar!"),
-            QStringLiteral("¡Error al actualizar!"), QStringLiteral("¡Error al actualizar!") }));
+            QStringLiteral("¡Error al actualizar!"), QStringLiteral("¡Error al actualizar!"),
+            QStringLiteral("¡Error al actualizar!") }));
     EXPECT_TRUE(form.isEnabled());
 
     // Finished, answered no: the labels keep the old data.
@@ -145,17 +167,10 @@ QByteArray buildContainer(int version)
 
 TEST_F(UpdateTest, RealUpdaterAgainstALocalSource)
 {
-    const QString bin = test::binDir();
-    if (!QFileInfo(bin + QStringLiteral("/avupdate.exe")).isExecutable())
-        GTEST_SKIP() << "avupdate.exe is not built";
+    const QByteArray original = installRealUpdater();
+    if (original.isEmpty())
+        GTEST_SKIP() << "avupdate.exe or its signatures are not built";
     const QString program = native(m_programFolder);
-    ASSERT_TRUE(QFile::copy(bin + QStringLiteral("/avupdate.exe"), program + QStringLiteral("/avupdate.exe")));
-    QFile::setPermissions(
-        program + QStringLiteral("/avupdate.exe"), QFile::permissions(bin + QStringLiteral("/avupdate.exe")));
-    QDir().mkpath(program + QStringLiteral("/sigs"));
-    const QByteArray original = test::readFile(bin + QStringLiteral("/sigs/vormak.cud"));
-    ASSERT_FALSE(original.isEmpty());
-    test::writeFile(program + QStringLiteral("/sigs/vormak.cud"), original);
     const QString source = m_host.filePath(QStringLiteral("mirror"));
     test::writeFile(source + QStringLiteral("/vormak.cud"), original);
     put(m_programFolder + QStringLiteral("\\avupdate.conf"),
@@ -188,4 +203,43 @@ TEST_F(UpdateTest, RealUpdaterAgainstALocalSource)
     EXPECT_NE(form.label("Label10")->text(), oldCount);
     EXPECT_EQ(form.label("Label8")->text(), SignatureDate::CaptionFromDate(QDate::currentDate()));
     engine::UnLoadEngine();
+}
+
+TEST_F(UpdateTest, RealUpdaterFailingWithTheSuccessWordsInItsTextIsAnError)
+{
+    const QByteArray original = installRealUpdater();
+    if (original.isEmpty())
+        GTEST_SKIP() << "avupdate.exe or its signatures are not built";
+    const QString program = native(m_programFolder);
+    Form1 form(m_panel, {});
+    form.label("Label8")->setText(QStringLiteral("-----"));
+    test::MessageRecorder messages;
+
+    // A source named as the success line, holding no signatures: the error line names it.
+    const QString named = m_host.filePath(QStringLiteral("Update finished"));
+    QDir().mkpath(named);
+    put(m_programFolder + QStringLiteral("\\avupdate.conf"), "source=" + named.toUtf8() + "\r\nfiles=vormak.cud\r\n");
+    form.Image15_Click();
+    // A source whose name holds a carriage return before the success words.
+    const QString broken = m_host.filePath(QStringLiteral("mirror\rUpdate finished"));
+    QDir().mkpath(broken);
+    put(m_programFolder + QStringLiteral("\\avupdate.conf"), "source=" + broken.toUtf8() + "\r\nfiles=vormak.cud\r\n");
+    form.Image15_Click();
+
+    EXPECT_EQ(messages.texts,
+        QStringList({ QStringLiteral("¡Error al actualizar!"), QStringLiteral("¡Error al actualizar!") }));
+    // Each entry of the log stays one line, so the name cannot pose as the last line.
+    const QByteArray log = test::readFile(native(QStringLiteral("E:\\UPDLOG.TXT")));
+    ASSERT_TRUE(log.endsWith("\r\n"));
+    QList<QByteArray> lines = log.split('\n');
+    lines.removeLast(); // after the final line break
+    for (const QByteArray& line : lines)
+        EXPECT_EQ(line.indexOf('\r'), line.size() - 1) << line.constData();
+    const QString last = QString::fromUtf8(lines.last()).trimmed();
+    EXPECT_TRUE(SignatureUpdate::LogMessage(last).startsWith(QStringLiteral("Update error: "))) << last.toStdString();
+    EXPECT_TRUE(last.contains(QStringLiteral("Update finished")));
+    // The installed set and the panel's data are untouched.
+    EXPECT_EQ(test::readFile(program + QStringLiteral("/sigs/vormak.cud")), original);
+    EXPECT_EQ(form.label("Label8")->text(), QStringLiteral("-----"));
+    EXPECT_TRUE(form.isEnabled());
 }

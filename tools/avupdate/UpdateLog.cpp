@@ -15,8 +15,15 @@ bool UpdateLog::open(const QString& nativePath)
 
 void UpdateLog::line(const QString& text)
 {
+    // One entry is one line: a line break or other control character inside a
+    // source name or an error text would let it pose as a line of its own,
+    // and the panel judges the last line.
+    QString flat = text;
+    for (QChar& c : flat)
+        if (c.unicode() < 0x20 || c.unicode() == 0x7f || c == QChar::LineSeparator || c == QChar::ParagraphSeparator)
+            c = QLatin1Char(' ');
     const QByteArray l
-        = (QDateTime::currentDateTime().toString(QStringLiteral("yyyy-MM-dd HH:mm:ss ")) + text).toUtf8();
+        = (QDateTime::currentDateTime().toString(QStringLiteral("yyyy-MM-dd HH:mm:ss ")) + flat).toUtf8();
     std::fprintf(stderr, "%s\n", l.constData());
     if (m_file.isOpen()) {
         m_file.write(l + "\r\n");

@@ -6,8 +6,10 @@
 namespace vmk::avupdate
 {
 
-// UPDLOG.TXT: one dated line per step, CR LF, rewritten at each run. The panel
-// judges only the last line ("Update finished", "Nothing to update", "error").
+// UPDLOG.TXT: one dated line per step, CR LF, rewritten at each run. The last
+// line of a run is exactly "Update finished" or "Nothing to update" after the
+// date when it succeeded (exit status 0), and "Update error: <reason>" when it
+// failed (exit status 1); the panel judges the exit status and that line.
 class UpdateLog
 {
 public:

@@ -45,6 +45,7 @@ int EngineService::load()
     m_loaded = false;
     int code = Ok;
     auto built = CompiledEngine::build(signatureFolder(), effectiveTempFolder(), m_options, code);
+    m_loadCode = code;
     if (!built)
         return code;
     m_engine = std::move(built);
@@ -58,6 +59,7 @@ int EngineService::unload()
     std::lock_guard lock(m_mutex);
     m_engine.reset();
     m_loaded = false;
+    m_loadCode = NotLoaded;
     return Ok;
 }
 
@@ -65,6 +67,12 @@ bool EngineService::loaded() const
 {
     std::lock_guard lock(m_mutex);
     return m_loaded;
+}
+
+int EngineService::loadCode() const
+{
+    std::lock_guard lock(m_mutex);
+    return m_loadCode;
 }
 
 EngineService::Handle EngineService::acquire()

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "components/engine/CompiledEngine.h"
+#include "components/engine/EngineCode.h"
 #include "components/engine/EngineOptions.h"
 
 #include <QByteArray>
@@ -31,6 +32,9 @@ public:
     int load();
     int unload();
     bool loaded() const;
+    // Why the engine is not running: the code of the last load that failed,
+    // NotLoaded before any load and after an unload, Ok while it runs.
+    int loadCode() const;
     Handle acquire();
 
     void setValue(int number, const QByteArray& value);
@@ -49,6 +53,7 @@ private:
 
     mutable std::mutex m_mutex;
     bool m_loaded = false;
+    int m_loadCode = NotLoaded;
     bool m_stale = false;
     EngineOptions m_options;
     std::shared_ptr<const CompiledEngine> m_engine;

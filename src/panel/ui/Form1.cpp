@@ -5,6 +5,7 @@
 #include "charts/ui/Pie.h"
 #include "foundation/Globals.h"
 #include "foundation/Messages.h"
+#include "foundation/Translate.h"
 #include "foundation/ui/ApplyLanguage.h"
 #include "foundation/ui/BarraUpdate.h"
 #include "foundation/ui/FormEject.h"
@@ -17,6 +18,7 @@
 #include <QMouseEvent>
 #include <QPixmap>
 #include <QScreen>
+#include <QSystemTrayIcon>
 #include <QTimer>
 
 // The pictures are compiled into this static library; their registration must
@@ -34,6 +36,7 @@ const QString kTitleStyle = QStringLiteral("color:#3d4a57;font-weight:bold;");
 const QString kValueStyle = QStringLiteral("color:#0b4d5c;font-weight:bold;");
 const QString kCaptionStyle = QStringLiteral("color:#2c3640;");
 const QString kHeaderLinkStyle = QStringLiteral("color:#d8efe8;");
+const QString kFailureStyle = QStringLiteral("color:#b3261e;font-weight:bold;");
 const QString kEmptyDate = QStringLiteral("-----");
 } // namespace
 
@@ -56,9 +59,7 @@ Form1::Form1(ControlPanel& panel, Hooks hooks, QWidget* parent)
     m_background->installEventFilter(this);
 
     // Header band: the shield, the title and the small links on the right.
-    QLabel* logo = addLabel("Image22", QString(), QRect(14, 7, 44, 44));
-    logo->setPixmap(QPixmap(QStringLiteral(":/panel/icons/vormak.png"))
-                        .scaled(44, 44, Qt::KeepAspectRatio, Qt::SmoothTransformation));
+    m_shield = addLabel("Image22", QString(), QRect(14, 7, 44, 44));
     QLabel* title = addLabel(
         "LabelEspecial", QStringLiteral("Panel de control"), QRect(66, 10, 330, 38), QStringLiteral("color:white;"));
     QFont titleFont(QStringLiteral("DejaVu Sans"));
@@ -78,7 +79,7 @@ Form1::Form1(ControlPanel& panel, Hooks hooks, QWidget* parent)
     m_clicks.insert(help, [this] { Image17_Click(); });
     m_clicks.insert(helpIcon, [this] { Image17_Click(); });
     m_clicks.insert(hide, [this] { Label13_Click(); });
-    m_clicks.insert(minimise, [this] { QWidget::hide(); });
+    m_clicks.insert(minimise, [this] { Label4_Click(); });
 
     // Space card.
     addLabel("Lab_USB", QStringLiteral("Espacio"), QRect(32, 80, 150, 24), kTitleStyle);
@@ -108,6 +109,13 @@ Form1::Form1(ControlPanel& panel, Hooks hooks, QWidget* parent)
         addLabel(sigTitles[i], sigWords[i], QRect(32, 322 + i * 40, 260, 18), kCaptionStyle);
         addLabel(sigValues[i], QString(), QRect(32, 339 + i * 40, 260, 20), kValueStyle);
     }
+
+    // Where the engine's failure is told, over the version and count rows it empties.
+    m_engineReason = addLabel("LblEngineReason", QString(), QRect(32, 401, 260, 40), kFailureStyle);
+    m_engineReason->setAlignment(Qt::AlignLeft | Qt::AlignTop);
+    m_engineReason->setWordWrap(true);
+    m_engineReason->setVisible(false);
+    showEngineFailure(QString());
 
     // The nine tool buttons, each a resting picture (hot zone) under its lit one.
     auto cell = [](int col, int row) { return QPoint(334 + col * 100, 80 + row * 120); };
@@ -276,8 +284,30 @@ void Form1::drawFigures(const PanelFigures& figures)
 
 void Form1::showEngineData()
 {
+    const QString failure = m_panel.EngineFailure();
+    showEngineFailure(failure);
+    if (!failure.isEmpty())
+        return;
     label("Label9")->setText(m_panel.EngineVersionText());
     label("Label10")->setText(m_panel.EngineCountText());
+}
+
+void Form1::showEngineFailure(const QString& reason)
+{
+    // A stopped engine must not look like a protected device: the shield
+    // loses its check, and the signature card says what failed and why.
+    const bool failed = !reason.isEmpty();
+    m_shield->setPixmap(
+        QPixmap(failed ? QStringLiteral(":/panel/icons/vormak-failed.png") : QStringLiteral(":/panel/icons/vormak.png"))
+            .scaled(44, 44, Qt::KeepAspectRatio, Qt::SmoothTransformation));
+    m_shield->setToolTip(reason);
+    label("Label9")->setStyleSheet(failed ? kFailureStyle : kValueStyle);
+    label("Label9")->setText(failed ? Translate(QStringLiteral("¡Error iniciando servicio!")) : QString());
+    label("Label10")->setText(QString());
+    label("Label7")->setVisible(!failed);
+    label("Label10")->setVisible(!failed);
+    m_engineReason->setText(reason);
+    m_engineReason->setVisible(failed);
 }
 
 void Form1::showSignatureDate()
@@ -336,10 +366,25 @@ void Form1::Image20_Click()
 
 void Form1::Label13_Click()
 {
-    if (m_hooks.hideToTray)
-        m_hooks.hideToTray();
-    else
+    // Hidden only where a tray icon can bring the panel back: without one a
+    // hidden panel could never be reached again.
+    if (QSystemTrayIcon::isSystemTrayAvailable() && m_hooks.hideToTray && m_hooks.hideToTray())
         hide();
+    else
+        showMinimized();
+}
+
+void Form1::Label4_Click()
+{
+    Label13_Click();
+}
+
+void Form1::BringToFront()
+{
+    if (isMinimized() || !isVisible())
+        showNormal();
+    raise();
+    activateWindow();
 }
 
 void Form1::closeEvent(QCloseEvent* event)

@@ -34,7 +34,9 @@ public:
     // Hooks of the surroundings: the tray icon owner and the way the process ends.
     struct Hooks {
         std::function<void()> removeTrayIcon; // Shell_NotifyIcon delete
-        std::function<void()> hideToTray; // Label13: the tray menu's Panel entry shown, the panel hidden
+        // Label13 and Label4: the tray menu's Panel entry shown; false when no
+        // tray icon is there to bring the panel back, and the panel is minimised instead.
+        std::function<bool()> hideToTray;
         std::function<void(int code)> endProgram; // ends the process (tests record it)
     };
 
@@ -47,7 +49,11 @@ public:
     void TimerUpdate_Timer();
     void Image15_Click(); // signature update
     void Image20_Click(); // quit with eject (also the tray's Exit)
-    void Label13_Click(); // hide to the tray
+    void Label13_Click(); // hide to the tray, or minimise where there is none
+    void Label4_Click(); // as Label13
+    // A second start of the program on this device: the panel comes back from
+    // the tray or the task bar and to the front.
+    void BringToFront();
     void Image17_Click(); // the maker's web site (also Label11, Image23)
 
     QTimer* Timer1() const { return m_timer1; }
@@ -72,6 +78,7 @@ private:
     void hideLitImages();
     void drawFigures(const PanelFigures& figures);
     void showEngineData();
+    void showEngineFailure(const QString& reason);
     void showSignatureDate();
     bool formUnload(); // false when the user declines to quit
 
@@ -83,6 +90,8 @@ private:
     BarraUpdate* m_barraUpdate = nullptr;
     FormEject* m_formEject = nullptr;
     QLabel* m_background = nullptr;
+    QLabel* m_shield = nullptr;
+    QLabel* m_engineReason = nullptr;
     QHash<QObject*, QLabel*> m_hotZones; // lower image -> its lit image
     QHash<QObject*, std::function<void()>> m_clicks; // clickable control -> its click
     QList<QLabel*> m_litImages;

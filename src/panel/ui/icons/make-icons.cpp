@@ -248,7 +248,11 @@ QImage tile(const Glyph& glyph, QColor accent, bool lit)
     return img;
 }
 
-QImage shield(int size, bool withCheck)
+enum class ShieldMark { None, Check, Failed };
+
+// The program's shield: green with a check while the engine runs, red with a
+// cross when it could not start.
+QImage shield(int size, ShieldMark mark)
 {
     QImage img(size, size, QImage::Format_ARGB32_Premultiplied);
     img.fill(Qt::transparent);
@@ -258,15 +262,25 @@ QImage shield(int size, bool withCheck)
     QPainterPath s;
     shieldPath(s, QRectF(10, 5, 52, 62));
     QLinearGradient g(QPointF(10, 5), QPointF(62, 67));
-    g.setColorAt(0, QColor(0x2f, 0xb5, 0x8a));
-    g.setColorAt(1, QColor(0x0d, 0x5e, 0x7a));
-    p.setPen(QPen(QColor(0x0a, 0x3d, 0x50), 2));
+    if (mark == ShieldMark::Failed) {
+        g.setColorAt(0, QColor(0xe5, 0x4b, 0x3c));
+        g.setColorAt(1, QColor(0x8c, 0x1d, 0x18));
+        p.setPen(QPen(QColor(0x5c, 0x12, 0x0f), 2));
+    } else {
+        g.setColorAt(0, QColor(0x2f, 0xb5, 0x8a));
+        g.setColorAt(1, QColor(0x0d, 0x5e, 0x7a));
+        p.setPen(QPen(QColor(0x0a, 0x3d, 0x50), 2));
+    }
     p.setBrush(g);
     p.drawPath(s);
-    if (withCheck) {
+    if (mark == ShieldMark::Check) {
         p.setPen(pen(6));
         p.drawLine(QPointF(24, 36), QPointF(33, 46));
         p.drawLine(QPointF(33, 46), QPointF(50, 25));
+    } else if (mark == ShieldMark::Failed) {
+        p.setPen(pen(6));
+        p.drawLine(QPointF(26, 24), QPointF(46, 46));
+        p.drawLine(QPointF(46, 24), QPointF(26, 46));
     }
     return img;
 }
@@ -282,7 +296,7 @@ QImage splash()
         p.setPen(QPen(QColor(255, 255, 255, 14 + i * 3), 2));
         p.drawEllipse(QPointF(95, 105), 40 + i * 16, 40 + i * 16);
     }
-    p.drawImage(QPointF(40, 50), shield(110, true));
+    p.drawImage(QPointF(40, 50), shield(110, ShieldMark::Check));
     QFont f(QStringLiteral("DejaVu Sans"));
     f.setPixelSize(44);
     f.setBold(true);
@@ -342,8 +356,9 @@ int main(int argc, char** argv)
         tile(b.glyph, b.accent, false).save(out + QStringLiteral("/%1.png").arg(QLatin1String(b.name)));
         tile(b.glyph, b.accent, true).save(out + QStringLiteral("/%1-lit.png").arg(QLatin1String(b.name)));
     }
-    shield(64, true).save(out + QStringLiteral("/vormak.png"));
-    shield(22, false).save(out + QStringLiteral("/tray.png"));
+    shield(64, ShieldMark::Check).save(out + QStringLiteral("/vormak.png"));
+    shield(64, ShieldMark::Failed).save(out + QStringLiteral("/vormak-failed.png"));
+    shield(22, ShieldMark::None).save(out + QStringLiteral("/tray.png"));
     splash().save(out + QStringLiteral("/splash.png"));
     background().save(out + QStringLiteral("/background.png"));
     return 0;
