@@ -18,8 +18,12 @@ namespace vmk::test
 class TreeDrives
 {
 public:
-    TreeDrives()
-        : m_oldConfig(qgetenv("XDG_CONFIG_HOME"))
+    // `base`: where the two temporary folders go (a memory filesystem for tests that
+    // create a hundred thousand files); the system's temporary folder by default.
+    explicit TreeDrives(const QString& base = QString())
+        : m_host(templateIn(base))
+        , m_device(templateIn(base))
+        , m_oldConfig(qgetenv("XDG_CONFIG_HOME"))
     {
         m_hostRoot = QDir(m_host.path()).canonicalPath();
         m_deviceRoot = QDir(m_device.path()).canonicalPath();
@@ -52,6 +56,11 @@ public:
     QString device() const { return m_deviceRoot; } // native folder of E:
 
 private:
+    static QString templateIn(const QString& base)
+    {
+        return (base.isEmpty() || !QDir(base).exists() ? QDir::tempPath() : base) + QStringLiteral("/vmk-tree-XXXXXX");
+    }
+
     QTemporaryDir m_host;
     QTemporaryDir m_device;
     QString m_hostRoot;
