@@ -63,7 +63,7 @@ void SmartTree::FillRoots()
     m_model->FillRoots();
     const QModelIndex top = m_model->index(0, 0);
     if (top.isValid())
-        expand(top);
+        Expand(m_model->keyOf(top));
 }
 
 QString SmartTree::SelectedKey() const
@@ -84,8 +84,12 @@ bool SmartTree::SelectKey(const QString& key)
 void SmartTree::Expand(const QString& key)
 {
     const QModelIndex index = m_model->indexOf(key);
-    if (index.isValid())
-        expand(index);
+    if (!index.isValid())
+        return;
+    expand(index);
+    // A view not laid out yet (a form not shown) only notes the expansion: read now.
+    if (m_model->canFetchMore(index))
+        m_model->fetchMore(index);
 }
 
 void SmartTree::Collapse(const QString& key)

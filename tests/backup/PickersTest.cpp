@@ -1,0 +1,142 @@
+#include "backup/BackupValues.h"
+#include "backup/ui/Form3.h"
+#include "backup/ui/Form4.h"
+#include "backup/ui/Form5.h"
+#include "filemanager/FileTreeModel.h"
+#include "filemanager/ui/SmartTree.h"
+#include "foundation/Globals.h"
+
+#include "TestSupport.h"
+#include "TreeDrives.h"
+
+#include <QLineEdit>
+#include <QPushButton>
+#include <QTest>
+#include <QTimer>
+
+#include <gtest/gtest.h>
+
+using namespace vmk;
+using vmk::test::MessageRecorder;
+using vmk::test::TreeDrives;
+using vmk::test::writeFile;
+
+namespace
+{
+
+void clickNode(SmartTree* tree, const QString& key)
+{
+    const QModelIndex index = tree->treeModel()->indexOf(key);
+    ASSERT_TRUE(index.isValid()) << key.toStdString();
+    tree->scrollTo(index);
+    QTest::mouseClick(tree->viewport(), Qt::LeftButton, Qt::NoModifier, tree->visualRect(index).center());
+}
+
+// Runs the picker modally and presses Cancelar once it is up.
+int execAndCancel(PickerForm& form)
+{
+    QTimer::singleShot(0, &form, [&form] { QTest::mouseClick(form.Command2(), Qt::LeftButton); });
+    return form.exec();
+}
+
+} // namespace
+
+TEST(Pickers, Form3WritesTheFolderIntoText2)
+{
+    TreeDrives drives;
+    ASSERT_TRUE(QDir().mkpath(drives.host() + "/Documentos/Destino"));
+    QLineEdit text2;
+    text2.setText("antes");
+    {
+        Form3 form(&text2);
+        EXPECT_EQ(form.windowTitle(), QStringLiteral("Seleccione una carpeta"));
+        EXPECT_EQ(form.Command1()->text(), QStringLiteral("Aceptar"));
+        EXPECT_EQ(form.Command2()->text(), QStringLiteral("Cancelar"));
+        EXPECT_EQ(execAndCancel(form), int(QDialog::Rejected));
+        EXPECT_EQ(text2.text(), QStringLiteral("antes")); // Cancelar only unloads
+    }
+    Form3 form(&text2);
+    form.show();
+    ASSERT_TRUE(QTest::qWaitForWindowExposed(&form));
+    EXPECT_TRUE(form.tree()->IsExpanded("|HOST|"));
+    form.tree()->Expand("|C:\\Documentos\\");
+    clickNode(form.tree(), "|C:\\Documentos\\Destino\\");
+    form.Command1_Click();
+    EXPECT_EQ(text2.text(), QStringLiteral("C:\\Documentos\\Destino\\"));
+    EXPECT_EQ(form.result(), int(QDialog::Accepted));
+
+    // A folder gone meanwhile leaves the box empty.
+    Form3 again(&text2);
+    again.tree()->Expand("|C:\\Documentos\\");
+    ASSERT_TRUE(again.tree()->SelectKey("|C:\\Documentos\\Destino\\"));
+    ASSERT_TRUE(QDir(drives.host() + "/Documentos/Destino").removeRecursively());
+    again.Command1_Click();
+    EXPECT_EQ(text2.text(), QString());
+}
+
+TEST(Pickers, Form4NamesTheSelectionFile)
+{
+    TreeDrives drives;
+    ASSERT_TRUE(QDir().mkpath(drives.host() + "/Documentos/Listas"));
+    ASSERT_TRUE(writeFile(drives.host() + "/Documentos/suelto.txt", "x"));
+    MessageRecorder messages;
+    BV().BackupSelectionFile = QStringLiteral("anterior");
+    {
+        Form4 form;
+        EXPECT_EQ(execAndCancel(form), int(QDialog::Rejected));
+        EXPECT_EQ(BV().BackupSelectionFile, QStringLiteral("anterior")); // a cancel keeps the last value
+    }
+    Form4 form;
+    form.show();
+    ASSERT_TRUE(QTest::qWaitForWindowExposed(&form));
+    // Folders only: the loose file is not in this tree.
+    form.tree()->Expand("|C:\\Documentos\\");
+    EXPECT_EQ(form.tree()->treeModel()->childKeys("|C:\\Documentos\\"), QStringList({ "|C:\\Documentos\\Listas\\" }));
+    clickNode(form.tree(), "|C:\\Documentos\\Listas\\");
+    EXPECT_EQ(form.Text2()->text(), QStringLiteral("C:\\Documentos\\Listas\\"));
+    // An empty name is refused, and the form stays.
+    form.Command1_Click();
+    EXPECT_EQ(messages.texts, QStringList({ "¡Nombre del archivo vacio!" }));
+    EXPECT_TRUE(form.isVisible());
+    EXPECT_EQ(BV().BackupSelectionFile, QStringLiteral("anterior"));
+    form.Text1()->setText(QStringLiteral("mi \"lista\" *.txt"));
+    form.Command1_Click();
+    EXPECT_FALSE(form.isVisible());
+    EXPECT_EQ(BV().BackupSelectionFile, QStringLiteral("C:\\Documentos\\Listas\\mi \"lista\" *.txt"));
+
+    // The host root is no folder: the choice is empty.
+    Form4 root;
+    ASSERT_TRUE(root.tree()->SelectKey("|HOST|"));
+    root.Text1()->setText("x.txt");
+    root.Command1_Click();
+    EXPECT_EQ(BV().BackupSelectionFile, QString());
+}
+
+TEST(Pickers, Form5PicksASelectionFile)
+{
+    TreeDrives drives;
+    ASSERT_TRUE(writeFile(drives.host() + "/Documentos/respaldo.lst", "[Add]\r\n[Exclude]\r\n"));
+    MessageRecorder messages;
+    BV().BackupSelectionFile = QStringLiteral("anterior");
+    {
+        Form5 form;
+        EXPECT_EQ(form.windowTitle(), QStringLiteral("Seleccione un archivo de configuración de respaldos"));
+        EXPECT_EQ(execAndCancel(form), int(QDialog::Rejected));
+        EXPECT_EQ(BV().BackupSelectionFile, QStringLiteral("anterior"));
+    }
+    Form5 form;
+    form.show();
+    ASSERT_TRUE(QTest::qWaitForWindowExposed(&form));
+    form.tree()->Expand("|C:\\Documentos\\");
+    // Clicking a folder leaves the name alone; clicking a file gives its name.
+    clickNode(form.tree(), "|C:\\Documentos\\");
+    EXPECT_EQ(form.Text1()->text(), QString());
+    form.Command1_Click();
+    EXPECT_EQ(messages.texts, QStringList({ "¡Nombre de archivo vacio!" }));
+    EXPECT_TRUE(form.isVisible());
+    clickNode(form.tree(), "|C:\\Documentos\\respaldo.lst");
+    EXPECT_EQ(form.Text1()->text(), QStringLiteral("respaldo.lst"));
+    form.Command1_Click();
+    EXPECT_FALSE(form.isVisible());
+    EXPECT_EQ(BV().BackupSelectionFile, QStringLiteral("C:\\Documentos\\respaldo.lst"));
+}
