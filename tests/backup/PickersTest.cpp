@@ -3,6 +3,7 @@
 #include "backup/ui/Form4.h"
 #include "backup/ui/Form5.h"
 #include "filemanager/FileTreeModel.h"
+#include "filemanager/SelectionMarks.h"
 #include "filemanager/ui/SmartTree.h"
 #include "foundation/Globals.h"
 
@@ -139,4 +140,76 @@ TEST(Pickers, Form5PicksASelectionFile)
     form.Command1_Click();
     EXPECT_FALSE(form.isVisible());
     EXPECT_EQ(BV().BackupSelectionFile, QStringLiteral("C:\\Documentos\\respaldo.lst"));
+}
+
+// Pictures of the pickers and of a tree with open folders, for a look by eye: set
+// VMK_SHOTS to a folder.
+TEST(Pickers, Pictures)
+{
+    const QString dir = qEnvironmentVariable("VMK_SHOTS");
+    if (dir.isEmpty())
+        GTEST_SKIP() << "VMK_SHOTS not set";
+    QDir().mkpath(dir);
+    TreeDrives drives;
+    for (const char* f : { "Documentos/Informe anual.pdf", "Documentos/Presupuesto.ods", "Documentos/Carta.txt",
+             "Documentos/Fotos/playa.png", "Documentos/Fotos/montaña.jpg", "Documentos/respaldo.lst",
+             "Escritorio/notas.txt", "Escritorio/instalador.exe", "Escritorio/paquete.zip" })
+        ASSERT_TRUE(writeFile(drives.host() + "/" + QString::fromUtf8(f), "x"));
+    ASSERT_TRUE(QDir().mkpath(drives.host() + "/Documentos/Proyectos/2026"));
+    ASSERT_TRUE(QDir().mkpath(drives.host() + "/Documentos/Vacía"));
+
+    Form5 form5;
+    form5.show();
+    form5.tree()->Expand("|C:\\Documentos\\");
+    form5.tree()->Expand("|C:\\Documentos\\Fotos\\");
+    form5.tree()->SelectKey("|C:\\Documentos\\respaldo.lst");
+    form5.Text1()->setText("respaldo.lst");
+    ASSERT_TRUE(QTest::qWaitForWindowExposed(&form5));
+    QTest::qWait(50);
+    form5.grab();
+    QTest::qWait(50);
+    form5.grab().save(dir + "/picker-Form5.png");
+
+    Form3 form3(nullptr);
+    form3.show();
+    form3.tree()->Expand("|C:\\Documentos\\");
+    form3.tree()->SelectKey("|C:\\Documentos\\Proyectos\\");
+    ASSERT_TRUE(QTest::qWaitForWindowExposed(&form3));
+    QTest::qWait(50);
+    form3.grab().save(dir + "/picker-Form3.png");
+
+    Form4 form4;
+    form4.show();
+    form4.tree()->Expand("|C:\\Documentos\\");
+    clickNode(form4.tree(), "|C:\\Documentos\\Fotos\\");
+    form4.Text1()->setText("seleccion.lst");
+    ASSERT_TRUE(QTest::qWaitForWindowExposed(&form4));
+    QTest::qWait(50);
+    form4.grab().save(dir + "/picker-Form4.png");
+
+    // The file manager's host tree: files and folders, two open folders, two marks.
+    SmartTree tree(TreeOptions::frmDataTreeHost());
+    tree.resize(360, 460);
+    tree.show();
+    tree.FillRoots();
+    tree.Expand("|C:\\Escritorio\\");
+    tree.Expand("|C:\\Documentos\\");
+    tree.Expand("|C:\\Documentos\\Fotos\\");
+    tree.marks()->mark("|C:\\Documentos\\Carta.txt");
+    tree.marks()->mark("|C:\\Documentos\\Presupuesto.ods");
+    tree.SelectKey("|C:\\Documentos\\Fotos\\playa.png");
+    ASSERT_TRUE(QTest::qWaitForWindowExposed(&tree));
+    QTest::qWait(50);
+    tree.grab().save(dir + "/tree-host.png");
+
+    SmartTree checks(TreeOptions::BackTree());
+    checks.resize(360, 300);
+    checks.show();
+    checks.FillRoots();
+    checks.Expand("|C:\\Documentos\\");
+    checks.treeModel()->setChecked("|C:\\Documentos\\Fotos\\", Qt::Checked);
+    checks.treeModel()->setChecked("|C:\\Documentos\\Carta.txt", Qt::Checked);
+    ASSERT_TRUE(QTest::qWaitForWindowExposed(&checks));
+    QTest::qWait(50);
+    checks.grab().save(dir + "/tree-checks.png");
 }

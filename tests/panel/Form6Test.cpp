@@ -53,3 +53,16 @@ TEST_F(Form6Test, PicksAFolderOfTheProgramDrive)
     EXPECT_EQ(G().PickedFolder, QStringLiteral("\\Mis Documentos\\Cuarentena\\"));
     EXPECT_EQ(S().OtherLocation, QStringLiteral("\\Mis Documentos\\Cuarentena\\"));
 }
+
+// A picture of the picker for a look by eye: set VMK_SHOTS to a folder.
+TEST_F(Form6Test, Picture)
+{
+    const QString dir = qEnvironmentVariable("VMK_SHOTS");
+    if (dir.isEmpty())
+        GTEST_SKIP() << "VMK_SHOTS not set";
+    Form6 form;
+    form.show();
+    form.tree()->Expand("E:\\Mis Documentos\\");
+    form.tree()->SelectKey("E:\\Mis Documentos\\Respaldos\\");
+    form.grab().save(dir + "/picker-Form6.png");
+}

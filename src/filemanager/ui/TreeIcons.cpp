@@ -7,6 +7,7 @@
 
 #include <QDir>
 #include <QFileInfo>
+#include <QMimeType>
 
 namespace vmk
 {
@@ -19,10 +20,12 @@ TreeIcons& TreeIcons::instance()
 
 TreeIcons::TreeIcons()
 {
-    // Without a desktop session (a bare X server) no theme is named; the freedesktop
-    // default theme, when installed, stands in for the missing pictures.
-    if (QIcon::fallbackThemeName().isEmpty() && QDir(QStringLiteral("/usr/share/icons/Adwaita")).exists())
-        QIcon::setFallbackThemeName(QStringLiteral("Adwaita"));
+    // Without a desktop session (a bare X server) only the bare "hicolor" theme is
+    // named, which holds no file-type pictures; the default desktop theme, when
+    // installed, stands in for the missing ones.
+    if (!QIcon::hasThemeIcon(QStringLiteral("text-x-generic"))
+        && QDir(QStringLiteral("/usr/share/icons/Adwaita")).exists())
+        QIcon::setThemeName(QStringLiteral("Adwaita"));
 }
 
 void TreeIcons::clear()
@@ -36,7 +39,9 @@ QIcon TreeIcons::icon(const QString& imageKey, int kind, const QString& logicalP
     const auto it = m_cache.constFind(imageKey);
     if (it != m_cache.constEnd())
         return it.value();
-    const QIcon found = lookUp(imageKey, kind, logicalPath);
+    // The list holds 16-pixel pictures, drawn once, as the tree's image list does:
+    // a theme icon kept as such is looked up again by the theme at each paint.
+    const QIcon found = QIcon(lookUp(imageKey, kind, logicalPath).pixmap(QSize(16, 16)));
     m_cache.insert(imageKey, found);
     return found;
 }
@@ -66,7 +71,15 @@ QIcon TreeIcons::lookUp(const QString& imageKey, int kind, const QString& logica
         break;
     }
     Q_UNUSED(imageKey);
-    const QIcon typed = m_provider.icon(QFileInfo(DriveMap::instance().toNative(logicalPath)));
+    // The type's own picture, else its family's (many themes carry only "image-x-generic"
+    // and the like), else what the provider gives for the file.
+    const QString native = DriveMap::instance().toNative(logicalPath);
+    const QMimeType type = m_types.mimeTypeForFile(native);
+    for (const QString& name : { type.iconName(), type.genericIconName() }) {
+        if (QIcon::hasThemeIcon(name))
+            return QIcon::fromTheme(name);
+    }
+    const QIcon typed = m_provider.icon(QFileInfo(native));
     return typed.isNull() ? m_provider.icon(QFileIconProvider::File) : typed;
 }
 

@@ -3,6 +3,7 @@
 #include <QFileIconProvider>
 #include <QHash>
 #include <QIcon>
+#include <QMimeDatabase>
 #include <QString>
 
 namespace vmk
@@ -30,6 +31,7 @@ private:
     QIcon lookUp(const QString& imageKey, int kind, const QString& logicalPath);
 
     QFileIconProvider m_provider;
+    QMimeDatabase m_types;
     QHash<QString, QIcon> m_cache;
     int m_lookups = 0;
 };
