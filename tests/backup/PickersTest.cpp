@@ -10,6 +10,7 @@
 #include "TestSupport.h"
 #include "TreeDrives.h"
 
+#include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
 #include <QTest>
@@ -104,6 +105,18 @@ TEST(Pickers, Form4NamesTheSelectionFile)
     form.Command1_Click();
     EXPECT_FALSE(form.isVisible());
     EXPECT_EQ(BV().BackupSelectionFile, QStringLiteral("C:\\Documentos\\Listas\\mi \"lista\" *.txt"));
+
+    // The captions go through the translation table when the form loads.
+    G().LanguageIndex = 1;
+    Form4 english;
+    G().LanguageIndex = 0;
+    EXPECT_EQ(english.windowTitle(), QStringLiteral("Save..."));
+    EXPECT_EQ(english.Command1()->text(), QStringLiteral("OK"));
+    EXPECT_EQ(english.Command2()->text(), QStringLiteral("Cancel"));
+    EXPECT_EQ(english.findChild<QLabel*>("Label1")->text(), QStringLiteral("Name:"));
+    EXPECT_EQ(english.findChild<QLabel*>("Label2")->text(), QStringLiteral("Folder"));
+    EXPECT_EQ(english.tree()->treeModel()->node("|HOST|")->text, QStringLiteral("Host equipment"));
+    EXPECT_EQ(english.tree()->treeModel()->node("|C:\\Documentos\\")->text, QStringLiteral("My Documents"));
 
     // The host root is no folder: the choice is empty.
     Form4 root;
