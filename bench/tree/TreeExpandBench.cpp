@@ -13,6 +13,8 @@
 #include <QElapsedTimer>
 #include <QFile>
 
+#include <ctime>
+
 #include <algorithm>
 #include <cstdio>
 #include <fcntl.h>
@@ -20,6 +22,18 @@
 #include <vector>
 
 using namespace vmk;
+
+namespace
+{
+// CPU time of the process (user and system), which a loaded machine does not inflate
+// the way it does the wall clock.
+double cpuMs()
+{
+    timespec ts {};
+    clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &ts);
+    return ts.tv_sec * 1e3 + ts.tv_nsec / 1e6;
+}
+} // namespace
 
 int main(int argc, char** argv)
 {
@@ -51,13 +65,17 @@ int main(int argc, char** argv)
     G().ProgramDrive = QStringLiteral("T:");
 
     std::vector<double> expand;
+    std::vector<double> expandCpu;
     std::vector<double> listing;
+    std::vector<double> listingCpu;
     int rows = 0;
     for (int r = 0; r < runs; ++r) {
         QElapsedTimer t;
         t.start();
+        const double listCpu0 = cpuMs();
         const int listed = static_cast<int>(FileSearch::list(QStringLiteral("T:\\big\\")).size());
         listing.push_back(t.nsecsElapsed() / 1e6);
+        listingCpu.push_back(cpuMs() - listCpu0);
 
         SmartTree tree(TreeOptions::frmDataTreeDevice());
         tree.resize(400, 600);
@@ -67,20 +85,26 @@ int main(int argc, char** argv)
         app.processEvents();
         const QModelIndex folder = tree.treeModel()->indexOf(QStringLiteral("T:\\big\\"));
         t.restart();
+        const double cpu0 = cpuMs();
         tree.expand(folder); // what a click on the expand mark does
         tree.viewport()->repaint();
         app.processEvents();
         expand.push_back(t.nsecsElapsed() / 1e6);
+        expandCpu.push_back(cpuMs() - cpu0);
         rows = tree.treeModel()->rowCount(folder);
-        std::printf("run %d: open %.1f ms (%d rows); listing alone %.1f ms (%d entries)\n", r + 1, expand.back(), rows,
-            listing.back(), listed);
+        std::printf("run %d: open %.1f ms (cpu %.1f ms, %d rows); listing alone %.1f ms (%d entries)\n", r + 1,
+            expand.back(), expandCpu.back(), rows, listing.back(), listed);
     }
     std::sort(expand.begin(), expand.end());
     std::sort(listing.begin(), listing.end());
+    std::sort(expandCpu.begin(), expandCpu.end());
+    std::sort(listingCpu.begin(), listingCpu.end());
     const double median = expand[expand.size() / 2];
     std::printf(
         "open a folder of %d files: median %.1f ms over %d runs (min %.1f, max %.1f); listing alone median %.1f ms\n",
         rows, median, runs, expand.front(), expand.back(), listing[listing.size() / 2]);
+    std::printf("cpu time of one open: median %.1f ms (min %.1f), of which the folder listing (FileSearch) %.1f ms\n",
+        expandCpu[expandCpu.size() / 2], expandCpu.front(), listingCpu[listingCpu.size() / 2]);
     std::printf("ratio to the 500 ms target: %.2f (below 1 meets it)\n", median / 500.0);
     DriveMap::instance().resetToHost();
     return rows == files ? 0 : 1;
