@@ -1,6 +1,6 @@
 #include "scanner/MemoryScan.h"
 
-#include "../stages/TestDrive.h"
+#include "TestDrive.h"
 #include "TestSupport.h"
 #include "components/engine/Engine.h"
 #include "components/engine/EngineService.h"
