@@ -49,3 +49,16 @@ function(vmk_test name)
     PROPERTIES ENVIRONMENT "QT_QPA_PLATFORM=offscreen;VMK_BIN=${CMAKE_BINARY_DIR}/bin;VMK_SOURCE=${PROJECT_SOURCE_DIR};VMK_TESTDATA=${PROJECT_SOURCE_DIR}/tests/data"
     TIMEOUT 300)
 endfunction()
+
+# Adds every subfolder that has a CMakeLists.txt, so a new program, benchmark or
+# test folder needs no edit of its parent. EXCEPT names folders added otherwise.
+function(vmk_add_subfolders)
+  cmake_parse_arguments(ARG "" "" "EXCEPT" ${ARGN})
+  file(GLOB _dirs LIST_DIRECTORIES true CONFIGURE_DEPENDS ${CMAKE_CURRENT_SOURCE_DIR}/*)
+  foreach(_d ${_dirs})
+    get_filename_component(_n ${_d} NAME)
+    if(IS_DIRECTORY ${_d} AND EXISTS ${_d}/CMakeLists.txt AND NOT _n IN_LIST ARG_EXCEPT)
+      add_subdirectory(${_d})
+    endif()
+  endforeach()
+endfunction()

@@ -14,6 +14,8 @@
 
 #include <QStringList>
 
+#include <optional>
+
 namespace vmk
 {
 namespace
@@ -146,39 +148,43 @@ bool SetupEncryptor(cipher::Encryptor& encryption)
     return true;
 }
 
-bool EncryptFile(const QString& source, const QString& target, int* error)
+namespace
+{
+// Sets an encryptor up as the settings say and runs one direction of it with the
+// stage's progress. Nothing when the setup failed (already told); else the
+// component's code, 0 when all went well.
+template<typename Work> std::optional<int> runEncryptor(Work work, int* error)
 {
     resetSetup();
     cipher::Encryptor encryption;
     if (!SetupEncryptor(encryption)) {
         if (error)
             *error = encryption.lastError();
-        return false;
+        return std::nullopt;
     }
     encryption.setProgress(stageProgress());
-    const int err = encryption.encryptFile(hostPath(source), hostPath(target));
+    const int err = work(encryption);
     if (error)
         *error = err;
-    if (err != 0)
-        ShowMessage(Translate("¡Error de encriptado!") + " (" + QString::number(err) + ")" + "\n" + source, 0);
+    return err;
+}
+} // namespace
+
+bool EncryptFile(const QString& source, const QString& target, int* error)
+{
+    const std::optional<int> err
+        = runEncryptor([&](cipher::Encryptor& e) { return e.encryptFile(hostPath(source), hostPath(target)); }, error);
+    if (err && *err != 0)
+        ShowMessage(Translate("¡Error de encriptado!") + " (" + QString::number(*err) + ")" + "\n" + source, 0);
     return err == 0;
 }
 
 bool DecryptFile(const QString& source, const QString& target, int* error)
 {
-    resetSetup();
-    cipher::Encryptor encryption;
-    if (!SetupEncryptor(encryption)) {
-        if (error)
-            *error = encryption.lastError();
-        return false;
-    }
-    encryption.setProgress(stageProgress());
-    const int err = encryption.decryptFile(hostPath(source), hostPath(target));
-    if (error)
-        *error = err;
-    if (err != 0)
-        ShowMessage(Translate("¡Error de decriptado!") + "\n" + "(" + QString::number(err) + ")", 0);
+    const std::optional<int> err
+        = runEncryptor([&](cipher::Encryptor& e) { return e.decryptFile(hostPath(source), hostPath(target)); }, error);
+    if (err && *err != 0)
+        ShowMessage(Translate("¡Error de decriptado!") + "\n" + "(" + QString::number(*err) + ")", 0);
     return err == 0;
 }
 
