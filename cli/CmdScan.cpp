@@ -193,7 +193,7 @@ int runUpdate(const QStringList& args)
 
 CommandRegistry::Registrar scanCmd("scan",
     { QStringLiteral(
-          "scan [--db DIR] [--no-archive] [--jobs N] [--memory] [--program-folder DIR] [--device DIR] PATH..."),
+          "scan [--db DIR] [--no-archive] [--jobs N] [--memory] [--program-folder DIR] [--device DIR] [PATH...]"),
         QStringLiteral("scan files and folders (whole trees) for threats"),
         QStringLiteral(
             "  PATH            a file, or a folder walked depth-first (links to folders are not entered)\n"

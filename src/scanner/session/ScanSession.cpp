@@ -340,8 +340,25 @@ void ScanSession::recordNotScanned(ScanRecord& rec, qsizetype row)
 
 void ScanSession::scanMemory()
 {
+    // With engine threads, the paths the walk will hand over (in its order) are
+    // scanned ahead; the walk itself still decides what is recorded and when.
+    QStringList targets;
+    std::deque<qint64> tickets;
+    qsizetype submitted = 0;
+    if (m_ahead)
+        targets = MemoryScanTargets(Processes());
+    const size_t ahead = m_ahead ? static_cast<size_t>(m_ahead->jobs()) * 4 : 0;
     MemoryWalkHooks hooks;
-    hooks.scanPath = [this](const QString& path) { memoryFile(path); };
+    hooks.scanPath = [&](const QString& path) {
+        while (tickets.size() < ahead && submitted < targets.size())
+            tickets.push_back(m_ahead->submit(targets.at(submitted++)));
+        qint64 ticket = -1;
+        if (!tickets.empty() && targets.at(submitted - static_cast<qsizetype>(tickets.size())) == path) {
+            ticket = tickets.front();
+            tickets.pop_front();
+        }
+        memoryFile(path, ticket);
+    };
     hooks.aborted = [this] { return m_scanAbort; };
     hooks.paused = [this] {
         if (m_scanPause)
@@ -353,9 +370,11 @@ void ScanSession::scanMemory()
         emit currentChanged();
     };
     WalkMemoryTargets(Processes(), hooks);
+    if (m_ahead)
+        m_ahead->discard();
 }
 
-void ScanSession::memoryFile(const QString& path)
+void ScanSession::memoryFile(const QString& path, qint64 ticket)
 {
     setCurrentFromPath(path);
     const qsizetype row = addEventRow(path);
@@ -363,7 +382,7 @@ void ScanSession::memoryFile(const QString& path)
     rec.Path = path;
     rec.NativePath = nativeOf(path);
     rec.ScannedPath = path;
-    rec.Result = ScanOneFile(path);
+    rec.Result = ticket >= 0 ? m_ahead->take(ticket, [] { DoEvents(); }) : ScanOneFile(path);
     recordOutcome(rec, row, true);
     emit fileRecorded(rec);
 }

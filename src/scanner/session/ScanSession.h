@@ -89,7 +89,7 @@ private:
     void scanOneFileTarget(const QString& path);
     void ScanFolder(const QString& folder);
     void scanMemory();
-    void memoryFile(const QString& path);
+    void memoryFile(const QString& path, qint64 ticket);
     void ScanAndRecord(ScanRecord& rec, qint64 ticket, bool& mark);
     void recordOutcome(ScanRecord& rec, qsizetype row, bool memory);
     void recordNotScanned(ScanRecord& rec, qsizetype row);
