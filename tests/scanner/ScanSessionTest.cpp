@@ -9,9 +9,12 @@
 #include "foundation/Globals.h"
 #include "foundation/Settings.h"
 #include "foundation/Translate.h"
+#include "platform/FileSearch.h"
+#include "platform/ProcessSource.h"
 #include "platform/Pump.h"
 #include "scanner/Antivir.h"
 #include "scanner/EventListModel.h"
+#include "scanner/MemoryScan.h"
 #include "scanner/ThreatActions.h"
 #include "scanner/ThreatListModel.h"
 
@@ -90,6 +93,31 @@ protected:
     QString m_quarantine;
     int m_algorithm = 0;
     QString m_pass;
+};
+
+// Two processes that load the same infected library, one of them an archive too.
+class TwoProcesses : public ProcessSource
+{
+public:
+    explicit TwoProcesses(const QString& folder)
+        : m_folder(folder)
+    {
+    }
+    QList<ProcessEntry> processes() const override
+    {
+        return { ProcessEntry { 10, 1, "prog", 1, 0 }, ProcessEntry { 11, 1, "prog", 1, 0 } };
+    }
+    QList<ModuleEntry> modules(uint32_t pid) const override
+    {
+        QList<ModuleEntry> m { { "prog", m_folder + "/prog" }, { "evil.so", m_folder + "/evil.so" } };
+        m << (pid == 10 ? ModuleEntry { "pack.so", m_folder + "/pack.so" }
+                        : ModuleEntry { "ok.so", m_folder + "/ok.so" });
+        return m;
+    }
+    QString imagePath(uint32_t) const override { return m_folder + "/prog"; }
+
+private:
+    QString m_folder;
 };
 
 const QString kDone = QString::fromUtf8("¡Análisis finalizado correctamente!");
@@ -428,4 +456,53 @@ TEST(VmkScanSession, DeviceQuarantineItemAndMemory)
     EXPECT_TRUE(memory.out.split('\n').contains(self + ": OK")) << memory.out.left(2000).toStdString();
     EXPECT_TRUE(memory.out.contains("Scanned files: "));
     EXPECT_NE(memory.code, -1);
+}
+
+TEST_F(ScanSessionTest, MemoryTargetListsASharedLibraryOnceAndNamesWhatIsInsideAFile)
+{
+    ASSERT_TRUE(writeFile(host("Documentos/mem/prog"), "program"));
+    ASSERT_TRUE(writeFile(host("Documentos/mem/ok.so"), "library"));
+    ASSERT_TRUE(writeFile(host("Documentos/mem/evil.so"), eicar()));
+    ASSERT_TRUE(makeZip(host("Documentos/mem/pack.so"), { { "x/clam.exe", clamExe() } }));
+    TwoProcesses source(host("Documentos/mem"));
+    SetProcessSource(&source);
+    QStringList firstThreats;
+    for (int jobs : { 1, 2 }) {
+        ScanSession s;
+        s.setJobs(jobs);
+        s.Start({ ScanSession::memoryTarget() });
+        const QString folder = "C:\\DOCUMENTOS\\MEM\\";
+        EXPECT_EQ(events(s),
+            (QStringList { folder + "PROG|Correcto", folder + "EVIL.SO|Infectado", folder + "PACK.SO|Infectado",
+                folder + "PROG|Correcto", folder + "EVIL.SO|Infectado", folder + "OK.SO|Correcto" }));
+        // Every occurrence counts as an infected file; the list holds the library once.
+        EXPECT_EQ(s.txtinfFiles(), 3);
+        EXPECT_EQ(s.txtinftot(), 2);
+        const QStringList th = threats(s);
+        ASSERT_EQ(th.size(), 2);
+        EXPECT_EQ(th.at(0), "EVIL.SO|" + folder + "|Test:Vmk.Eicar-1|No");
+        EXPECT_EQ(th.at(1), "PACK.SO/" + folder + "PACK.SO --> x/clam.exe|" + folder + "|Test:Vmk.ClamExe-1|Si");
+        if (jobs == 1)
+            firstThreats = th;
+        else
+            EXPECT_EQ(th, firstThreats);
+    }
+    SetProcessSource(nullptr);
+}
+
+TEST_F(ScanSessionTest, OnlyTheExactJunctionWordKeepsAFolderOut)
+{
+    for (const char* name : { "j2416", "j2016", "j416" })
+        ASSERT_TRUE(writeFile(host(QString("Documentos/w/%1/f.txt").arg(name)), "fine"));
+    FileSearch::setAttributeHook([](const QString& native, quint32 computed) -> std::optional<quint32> {
+        for (quint32 word : { 0x2416u, 0x2016u, 0x416u })
+            if (native.endsWith(QString("/j%1").arg(word, 0, 16)))
+                return word;
+        return computed;
+    });
+    ScanSession s;
+    s.Start({ "C:\\Documentos\\w\\" });
+    FileSearch::setAttributeHook({});
+    EXPECT_EQ(events(s),
+        (QStringList { "C:\\Documentos\\w\\j2016\\f.txt|Correcto", "C:\\Documentos\\w\\j416\\f.txt|Correcto" }));
 }
