@@ -224,7 +224,7 @@ void ScanSession::scanOneFileTarget(const QString& path)
         recordNotScanned(rec, row);
         return;
     }
-    ScanAndRecord(rec, -1, m_fileTargetMark);
+    ScanAndRecord(rec, row, -1, m_fileTargetMark);
 }
 
 void ScanSession::ScanFolder(const QString& folder)
@@ -264,15 +264,14 @@ void ScanSession::ScanFolder(const QString& folder)
         const qsizetype row = addEventRow(rec.Path);
         pump();
         if (rec.Kind == EntryKind::File)
-            ScanAndRecord(rec, p.Ticket, marks[p.Item.Level]);
+            ScanAndRecord(rec, row, p.Ticket, marks[p.Item.Level]);
         else
             recordNotScanned(rec, row);
     }
 }
 
-void ScanSession::ScanAndRecord(ScanRecord& rec, qint64 ticket, bool& mark)
+void ScanSession::ScanAndRecord(ScanRecord& rec, qsizetype row, qint64 ticket, bool& mark)
 {
-    const qsizetype row = m_listView.rowCountWithPending() - 1;
     const QString temporary = rec.Path + QStringLiteral(".tmp");
     if (IsQuarantineItem(rec.Path)) {
         // A sealed item: scanned through a clear copy beside it. The algorithm index

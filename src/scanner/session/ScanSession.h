@@ -90,7 +90,7 @@ private:
     void ScanFolder(const QString& folder);
     void scanMemory();
     void memoryFile(const QString& path, qint64 ticket);
-    void ScanAndRecord(ScanRecord& rec, qint64 ticket, bool& mark);
+    void ScanAndRecord(ScanRecord& rec, qsizetype row, qint64 ticket, bool& mark);
     void recordOutcome(ScanRecord& rec, qsizetype row, bool memory);
     void recordNotScanned(ScanRecord& rec, qsizetype row);
     qsizetype addEventRow(const QString& path);
