@@ -20,9 +20,11 @@ namespace vmk
 {
 namespace
 {
-QString hostPath(const QString& logical)
+// The stages speak drive-letter paths; a host path (the scratch copies of the
+// scanner, in the host's temporary folder) passes as it is.
+QString hostPath(const QString& path)
 {
-    return DriveMap::instance().toNative(logical);
+    return DriveMap::instance().nativeOfArgument(path);
 }
 
 // The file manager's handlers on its zip control: the bar follows the file, and

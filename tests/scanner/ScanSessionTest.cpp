@@ -278,21 +278,34 @@ TEST_F(ScanSessionTest, QuarantinedItemIsReportedUnderItsOwnNameAndLeavesNoTmp)
     seal("C:\\Documentos\\src.exe", "E:\\Mis Documentos\\Cuarentena\\run.exe");
     ASSERT_TRUE(QFile::exists(device("Mis Documentos/Cuarentena/run.exe")));
 
+    G().PassPhrase = QStringLiteral("owner's phrase");
+    S().EncripAlgorithm = 1;
+    const QString ownersPhrase = G().PassPhrase;
+    const int ownersAlgorithm = S().EncripAlgorithm;
+    // A file of the user's named as the clear copy would be, beside the item.
+    ASSERT_TRUE(writeFile(device("Mis Documentos/Cuarentena/run.exe.tmp"), "the user's"));
     ScanSession s;
     s.Start({ "E:\\Mis Documentos\\Cuarentena\\" });
-    EXPECT_EQ(events(s), QStringList { "E:\\Mis Documentos\\Cuarentena\\run.exe|Infectado" });
+    // (The user's file, in the quarantine folder, is taken for a sealed item and
+    // does not open; it is only read.)
+    EXPECT_EQ(events(s).value(0), "E:\\Mis Documentos\\Cuarentena\\run.exe|Infectado");
+    EXPECT_EQ(vmk::test::readFile(device("Mis Documentos/Cuarentena/run.exe.tmp")), "the user's");
+    ASSERT_TRUE(QFile::remove(device("Mis Documentos/Cuarentena/run.exe.tmp")));
     ASSERT_EQ(s.ListViewInf().rowCountWithPending(), 2);
     EXPECT_EQ(s.ListViewInf().name(0), "run.exe");
     EXPECT_EQ(s.ListViewInf().fullPath(0), "E:\\Mis Documentos\\Cuarentena\\run.exe");
-    EXPECT_FALSE(QFile::exists(device("Mis Documentos/Cuarentena/run.exe.tmp")));
-    EXPECT_TRUE(QFile::exists(device("Mis Documentos/Cuarentena/run.exe")));
-    // The quarantine's values stay set for the verbs that come later.
-    EXPECT_EQ(G().PassPhrase, ScanSession::quarantinePassPhrase());
-    EXPECT_EQ(S().EncripAlgorithm, 0);
-    EXPECT_EQ(m_messages.texts, QStringList { kDone });
+    // No clear copy was made beside the item.
+    EXPECT_EQ(
+        QDir(device("Mis Documentos/Cuarentena")).entryList(QDir::Files | QDir::Hidden), QStringList { "run.exe" });
+    // The quarantine's pass phrase and index were swapped in for the item alone.
+    EXPECT_EQ(G().PassPhrase, ownersPhrase);
+    EXPECT_EQ(S().EncripAlgorithm, ownersAlgorithm);
+    ASSERT_FALSE(m_messages.texts.isEmpty());
+    EXPECT_EQ(m_messages.texts.last(), kDone);
+    m_messages.texts.clear();
 
-    // Among file targets the mark lasts for the rest of the session: a later file
-    // X loses the X + ".tmp" beside it. A new session starts without the mark.
+    // Among file targets the mark lasts for the rest of the session, and a new
+    // session starts without it; a later file's "X.tmp" is the user's and stays.
     ASSERT_TRUE(writeFile(host("Documentos/x.txt"), "fine"));
     ASSERT_TRUE(writeFile(host("Documentos/x.txt.tmp"), "left over"));
     s.Start({ "C:\\Documentos\\x.txt" });
@@ -300,7 +313,7 @@ TEST_F(ScanSessionTest, QuarantinedItemIsReportedUnderItsOwnNameAndLeavesNoTmp)
     EXPECT_TRUE(QFile::exists(host("Documentos/x.txt.tmp")));
     s.Start({ "E:\\Mis Documentos\\Cuarentena\\run.exe", "C:\\Documentos\\x.txt" });
     EXPECT_TRUE(s.fileTargetsMarked());
-    EXPECT_FALSE(QFile::exists(host("Documentos/x.txt.tmp")));
+    EXPECT_TRUE(QFile::exists(host("Documentos/x.txt.tmp")));
     EXPECT_TRUE(QFile::exists(host("Documentos/x.txt")));
     EXPECT_EQ(s.txtinfFiles(), 1);
     EXPECT_EQ(s.TxtNtot(), 1);

@@ -13,7 +13,9 @@
 #include "scanner/MemoryScan.h"
 #include "scanner/ScanAhead.h"
 
+#include <QDir>
 #include <QHash>
+#include <QTemporaryDir>
 #include <QThread>
 
 #include <deque>
@@ -272,24 +274,32 @@ void ScanSession::ScanFolder(const QString& folder)
 
 void ScanSession::ScanAndRecord(ScanRecord& rec, qsizetype row, qint64 ticket, bool& mark)
 {
-    const QString temporary = rec.Path + QStringLiteral(".tmp");
+    // A sealed item is scanned through a clear copy. The copy goes to a private
+    // folder in the host's temporary folder, never beside the item as F + ".tmp":
+    // there it could replace a file of the user's of that name, and the device is
+    // no place for scratch work. So the quarantine mark, which would remove an
+    // "X.tmp" beside every later file of the level, is kept as state only: the
+    // one file the session removes is its own copy, with the private folder.
+    QTemporaryDir clearCopies(QDir::tempPath() + QStringLiteral("/vmk-item-XXXXXX"));
     if (IsQuarantineItem(rec.Path)) {
-        // A sealed item: scanned through a clear copy beside it. The algorithm index
-        // and the pass phrase stay as set here, for the verbs that come later.
+        // The fixed pass phrase and index are swapped in for this item alone: left
+        // set, they would seal the owner's next files under the quarantine's phrase.
+        const int algorithm = S().EncripAlgorithm;
+        const QString passPhrase = G().PassPhrase;
         S().EncripAlgorithm = 0;
         G().PassPhrase = quarantinePassPhrase();
-        DecryptFile(rec.Path, temporary);
+        const QString clearNative = clearCopies.filePath(QStringLiteral("item"));
+        DecryptFile(rec.Path, clearNative);
+        S().EncripAlgorithm = algorithm;
+        G().PassPhrase = passPhrase;
         mark = true;
-        rec.ScannedPath = nativeOf(temporary);
+        rec.ScannedPath = clearNative;
         rec.Result = ScanOneFile(rec.ScannedPath);
     } else {
         rec.ScannedPath = rec.NativePath;
         rec.Result = ticket >= 0 ? m_ahead->take(ticket, [] { DoEvents(); }) : ScanOneFile(rec.ScannedPath);
     }
     recordOutcome(rec, row, false);
-    // The mark lasts for the rest of its level: every later file loses its ".tmp" too.
-    if (mark)
-        ForceDelete(temporary);
     emit fileRecorded(rec);
 }
 
