@@ -59,7 +59,9 @@ FrmPass::FrmPass(QWidget* parent)
     grid->addLayout(buttons, 4, 0, 1, 2);
     m_text1->setMinimumWidth(220);
     m_check1->setChecked(true);
-    m_accept->setDefault(true);
+    // Enter is the box's own (Text1_KeyPress); a default button would accept twice.
+    m_accept->setAutoDefault(false);
+    m_cancel->setAutoDefault(false);
 
     connect(m_check1, &QCheckBox::clicked, this, &FrmPass::Check1_Click);
     connect(m_accept, &QPushButton::clicked, this, &FrmPass::CMDacept_Click);
