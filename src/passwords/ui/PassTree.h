@@ -1,6 +1,7 @@
 #pragma once
 
 #include "passwords/PswNodes.h"
+#include "passwords/ui/FormNewlink.h"
 
 #include <QPointer>
 #include <QWidget>
@@ -11,8 +12,6 @@ class QTreeWidget;
 
 namespace vmk::passwords
 {
-
-class FormNewlink;
 
 // The password manager's window: the records of PSWADMON.cnf as a tree (each site
 // with its user and the masked password beneath), with new, edit, view, delete
