@@ -31,6 +31,8 @@ namespace vmk::panel
 namespace
 {
 const QString kPageStyle = QStringLiteral("QLabel{color:#0b4d5c;font-weight:bold;padding:6px 4px;}");
+const QString kCurrentPageStyle
+    = QStringLiteral("QLabel{color:#0b4d5c;font-weight:bold;padding:6px 4px;background:#d8efe8;border-radius:3px;}");
 const QString kButtonStyle = QStringLiteral("QLabel{color:#0b4d5c;font-weight:bold;padding:4px 12px;"
                                             "border:1px solid #8aa7b3;border-radius:3px;background:#eef4f6;}");
 
@@ -106,7 +108,8 @@ FrmConf::FrmConf(QWidget* parent)
         pages->addWidget(l);
     }
     pages->addStretch();
-    auto* frames = new QVBoxLayout;
+    // The pages share one place; only the chosen one is shown.
+    auto* frames = new QGridLayout;
 
     // Frame1: the scanner.
     QFrame* f = addFrame("Frame1");
@@ -139,7 +142,7 @@ FrmConf::FrmConf(QWidget* parent)
     control<QCheckBox>("Check3")->setChecked(true);
     control<QCheckBox>("Check7")->setChecked(true);
     g->setRowStretch(8, 1);
-    frames->addWidget(f);
+    frames->addWidget(f, 0, 0);
 
     // Frame3: the file manager.
     f = addFrame("Frame3");
@@ -164,7 +167,7 @@ FrmConf::FrmConf(QWidget* parent)
     g->addWidget(option(f, "Option6", QStringLiteral("Mover a papelera de reciclaje")), 7, 0, 1, 3);
     g->addWidget(option(f, "Option8", QStringLiteral("Modo seguro")), 8, 0, 1, 3);
     g->setRowStretch(9, 1);
-    frames->addWidget(f);
+    frames->addWidget(f, 0, 0);
 
     // Frame5: backups.
     f = addFrame("Frame5");
@@ -185,7 +188,7 @@ FrmConf::FrmConf(QWidget* parent)
     g->addWidget(text12, 5, 1);
     addMaskSwitch(g, 5, 2, "Check19", text12);
     g->setRowStretch(6, 1);
-    frames->addWidget(f);
+    frames->addWidget(f, 0, 0);
 
     // Frame4: quarantine.
     f = addFrame("Frame4");
@@ -202,7 +205,7 @@ FrmConf::FrmConf(QWidget* parent)
         2, 1);
     g->addWidget(check(f, "Check14", QStringLiteral("Analizar después de actualizar")), 3, 0, 1, 3);
     g->setRowStretch(4, 1);
-    frames->addWidget(f);
+    frames->addWidget(f, 0, 0);
 
     // Frame2: update source and proxy, out of reach in this build.
     f = addFrame("Frame2");
@@ -223,7 +226,7 @@ FrmConf::FrmConf(QWidget* parent)
     }
     addMaskSwitch(g, 6, 2, "Check18", control<QLineEdit>("Text5"));
     g->setRowStretch(7, 1);
-    frames->addWidget(f);
+    frames->addWidget(f, 0, 0);
 
     // The "..." buttons and the boxes they fill.
     const std::pair<const char*, const char*> pickers[6] = { { "Command1", "Text1" }, { "Command2", "Text6" },
@@ -272,7 +275,7 @@ QFrame* FrmConf::addFrame(const char* name)
 {
     auto* f = named(new QFrame(this), name);
     f->setFrameShape(QFrame::StyledPanel);
-    f->setMinimumSize(470, 330);
+    f->setMinimumSize(520, 340);
     f->setVisible(false);
     m_frames.insert(QLatin1String(name), f);
     return f;
@@ -381,6 +384,7 @@ void FrmConf::fill(const SettingKey& k)
 void FrmConf::Form_Load()
 {
     ApplyLanguage(this);
+    showFrame("Frame1");
     adjustSize();
     if (const QScreen* s = screen() ? screen() : QGuiApplication::primaryScreen())
         move(s->availableGeometry().center() - rect().center());
@@ -406,6 +410,13 @@ void FrmConf::showFrame(const char* frame)
 {
     for (auto it = m_frames.cbegin(); it != m_frames.cend(); ++it)
         it.value()->setVisible(it.key() == QLatin1String(frame));
+    // The label of the page in view stands out.
+    const std::pair<const char*, const char*> labels[4]
+        = { { "Label6", "Frame1" }, { "Label7", "Frame3" }, { "Label8", "Frame5" }, { "Label9", "Frame4" } };
+    for (const auto& [label, page] : labels) {
+        const bool current = QLatin1String(page) == QLatin1String(frame);
+        control<QLabel>(label)->setStyleSheet(current ? kCurrentPageStyle : kPageStyle);
+    }
 }
 
 void FrmConf::Label6_Click()
