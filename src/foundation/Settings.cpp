@@ -200,9 +200,13 @@ bool StoreSettingInFile(const QString& name)
     const SettingKey* k = FindSettingKey(name);
     if (!k)
         return false;
+    // Without a file there are no other lines to keep: the whole settings go.
+    const auto existing = readLines();
+    if (!existing)
+        return WriteSettings();
     QList<QPair<QString, QString>> lines;
     bool found = false;
-    for (const QString& line : readLines().value_or(QStringList())) {
+    for (const QString& line : *existing) {
         const qsizetype p = line.indexOf(u'=');
         if (p >= 0 && line.left(p) == name) {
             if (!found)

@@ -59,8 +59,8 @@ bool WriteSettings();
 // "#DesinfectedFolder". False when a line could not be applied.
 bool ReloadSettings();
 // Writes one key's present value into VMK.cnf, the other lines left as the file
-// holds them (a line is added when the key has none). False when the file could
-// not be written.
+// holds them (a line is added when the key has none); a missing file is written
+// whole. False when the file could not be written.
 bool StoreSettingInFile(const QString& name);
 
 // Every setting with its clear value, in the order WriteDefaultSettings writes

@@ -185,5 +185,10 @@ TEST_F(PasswordStoreTest, OwnerPasswordLivesOnlyAsAVerifier)
     S().FtpServer = QStringLiteral("en memoria");
     ASSERT_TRUE(StoreSettingInFile(QStringLiteral("OwnerPassCheck")));
     EXPECT_FALSE(test::readFile(m_root + "/VMK.cnf").contains(SealValue(QStringLiteral("en memoria")).toLatin1()));
+    // Without a file, the whole settings are written.
+    ASSERT_TRUE(QFile::remove(m_root + "/VMK.cnf"));
+    ASSERT_TRUE(StoreSettingInFile(QStringLiteral("OwnerPassCheck")));
+    EXPECT_TRUE(test::readFile(m_root + "/VMK.cnf").contains(SealValue(QStringLiteral("en memoria")).toLatin1()));
+    EXPECT_TRUE(test::readFile(m_root + "/VMK.cnf").contains("OwnerPassCheck=argon2id$"));
     EXPECT_TRUE(messages.texts.isEmpty());
 }
