@@ -10,7 +10,9 @@ namespace
 // defaults and never read; "#UpdateFrom" is recognised at start without being
 // stored, so it stays empty until the dialog sets it; "#OtherLocation" is not
 // among the defaults. Option 41 (all alerts) has no key: the engine binding
-// sends it at its own place, the eleventh.
+// sends it at its own place, the eleventh. "OwnerPassCheck" proves the owner's
+// password without holding it: it is not sealed (there is nothing to hide in it)
+// and the defaults do not write it, so a fresh file asks for a new password.
 const SettingKey kKeys[] = {
     // clang-format off
     { .Name = "ArchiveScan", .TextVariable = &SettingsValues::ArchiveScan, .Default = "0", .DefaultOrder = 1, .SaveOrder = 1, .ReadAtStart = true, .EngineOrder = 1, .EngineOption = engine::Option::ArchiveScan, .DialogOrder = 1, .DialogFrame = "Frame1", .DialogControls = { "Check1" }, .Binding = DialogBinding::Check },
@@ -50,6 +52,7 @@ const SettingKey kKeys[] = {
     { .Name = "#FtpServer", .TextVariable = &SettingsValues::FtpServer, .DefaultOrder = 35, .SaveOrder = 34, .ReadAtStart = true, .KeptOnReload = true, .DialogOrder = 19, .DialogFrame = "Frame5", .DialogControls = { "Text13" }, .Binding = DialogBinding::Text },
     { .Name = "#FtpUserName", .TextVariable = &SettingsValues::FtpUserName, .DefaultOrder = 36, .SaveOrder = 35, .ReadAtStart = true, .KeptOnReload = true, .DialogOrder = 20, .DialogFrame = "Frame5", .DialogControls = { "Text10" }, .Binding = DialogBinding::Text },
     { .Name = "#FtpPassword", .TextVariable = &SettingsValues::FtpPassword, .DefaultOrder = 37, .SaveOrder = 36, .ReadAtStart = true, .KeptOnReload = true, .DialogOrder = 21, .DialogFrame = "Frame5", .DialogControls = { "Text12" }, .Binding = DialogBinding::Text },
+    { .Name = "OwnerPassCheck", .TextVariable = &SettingsValues::OwnerPassCheck, .SaveOrder = 37, .ReadAtStart = true },
     { .Name = "#OtherLocation", .TextVariable = &SettingsValues::OtherLocation, .SaveOrder = 25, .ReadAtStart = true, .DialogOrder = 28, .DialogFrame = "Frame2", .DialogControls = { "Text1" }, .Binding = DialogBinding::Text },
     // clang-format on
 };

@@ -35,9 +35,9 @@ std::optional<QString> unsealQuietly(const QString& hex)
     return QString::fromUtf8(*clear);
 }
 
-// A 16-bit integer as the conversion of the original reads it: blanks allowed,
-// fractions rounded half to even, anything else (also "") an error.
-std::optional<int> toInt16(const QString& text)
+} // namespace
+
+std::optional<int> SettingInt16(const QString& text)
 {
     bool ok = false;
     const double v = text.trimmed().toDouble(&ok);
@@ -48,6 +48,9 @@ std::optional<int> toInt16(const QString& text)
         return std::nullopt;
     return static_cast<int>(r);
 }
+
+namespace
+{
 
 // A sealed value that does not unseal: the key takes its first value for the
 // present language, and the user is told which key it was. The file is left as
@@ -78,7 +81,7 @@ bool applyLine(const QString& line, bool reload)
         return true;
     }
     if (k->IntVariable) {
-        const auto n = toInt16(clear);
+        const auto n = SettingInt16(clear);
         if (!n)
             return false;
         S().*(k->IntVariable) = *n;
@@ -190,6 +193,32 @@ bool ReloadSettings()
     if (!QFileInfo::exists(SettingsFilePath()))
         WriteSettings();
     return readAll(true, true);
+}
+
+bool StoreSettingInFile(const QString& name)
+{
+    const SettingKey* k = FindSettingKey(name);
+    if (!k)
+        return false;
+    // Without a file there are no other lines to keep: the whole settings go.
+    const auto existing = readLines();
+    if (!existing)
+        return WriteSettings();
+    QList<QPair<QString, QString>> lines;
+    bool found = false;
+    for (const QString& line : *existing) {
+        const qsizetype p = line.indexOf(u'=');
+        if (p >= 0 && line.left(p) == name) {
+            if (!found)
+                lines << fileLine(*k, k->clearText(S()));
+            found = true;
+        } else {
+            lines << qMakePair(line.left(p < 0 ? line.size() : p), p < 0 ? QString() : line.mid(p + 1));
+        }
+    }
+    if (!found)
+        lines << fileLine(*k, k->clearText(S()));
+    return writeLines(lines);
 }
 
 QList<QPair<QString, QString>> SettingsInDefaultOrder()

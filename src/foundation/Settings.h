@@ -4,6 +4,8 @@
 #include <QPair>
 #include <QString>
 
+#include <optional>
+
 namespace vmk
 {
 
@@ -30,6 +32,8 @@ struct SettingsValues {
     int DeleteFilesOpt = 0;
     QString DesinfectedFolder;
     QString FtpServer, FtpUserName, FtpPassword;
+    // Proof of the owner's password (Argon2id with its salt), never the password.
+    QString OwnerPassCheck;
 };
 
 SettingsValues& S();
@@ -45,12 +49,19 @@ void ReadSettings();
 // present language and a message names the key. The keys and their facts are
 // the table of SettingKey.h.
 bool ApplySettingLine(const QString& line);
+// The value of a 16-bit integer setting as the settings are read: blanks allowed,
+// fractions rounded half to even; nullopt for anything else (also "").
+std::optional<int> SettingInt16(const QString& text);
 bool WriteDefaultSettings();
 bool WriteSettings();
 // Re-reads the file (cancel in the settings dialog). Unlike ReadSettings it keeps
 // in memory "#DeleteFilesOpt", "#FtpServer", "#FtpUserName", "#FtpPassword" and
 // "#DesinfectedFolder". False when a line could not be applied.
 bool ReloadSettings();
+// Writes one key's present value into VMK.cnf, the other lines left as the file
+// holds them (a line is added when the key has none); a missing file is written
+// whole. False when the file could not be written.
+bool StoreSettingInFile(const QString& name);
 
 // Every setting with its clear value, in the order WriteDefaultSettings writes
 // them (keys without a variable left out), then "#OtherLocation".

@@ -1,6 +1,9 @@
 #include "panel/ui/Form1.h"
 
 #include "panel/ControlPanel.h"
+#include "panel/ui/FrmConf.h"
+#include "passwords/ui/FrmPass.h"
+#include "passwords/ui/PassTree.h"
 
 #include "charts/ui/Pie.h"
 #include "foundation/Globals.h"
@@ -129,10 +132,10 @@ Form1::Form1(ControlPanel& panel, Hooks hooks, QWidget* parent)
         [this] { Image15_Click(); });
     addButton(
         "Image3", "Image11", "Lbl_but4", QStringLiteral("Respaldos"), QStringLiteral("backups"), cell(1, 1), [] {});
-    addButton(
-        "Image8", "Image16", "Lbl_but5", QStringLiteral("Contraseñas"), QStringLiteral("passwords"), cell(2, 1), [] {});
-    addButton(
-        "Image10", "Image18", "Label2", QStringLiteral("Configuración"), QStringLiteral("settings"), cell(0, 2), [] {});
+    addButton("Image8", "Image16", "Lbl_but5", QStringLiteral("Contraseñas"), QStringLiteral("passwords"), cell(2, 1),
+        [this] { Image16_Click(); });
+    addButton("Image10", "Image18", "Label2", QStringLiteral("Configuración"), QStringLiteral("settings"), cell(0, 2),
+        [this] { Image18_Click(); });
     addButton("Image2", "Image17", "Label1", QStringLiteral("Noticias"), QStringLiteral("news"), cell(1, 2),
         [this] { Image17_Click(); });
     addButton("Image6", "Image20", "Lbl_but6", QStringLiteral("Expulsar"), QStringLiteral("eject"), cell(2, 2),
@@ -355,6 +358,28 @@ void Form1::Image15_Click()
 void Form1::Image17_Click()
 {
     m_panel.OpenWebSite();
+}
+
+void Form1::Image16_Click()
+{
+    if (!passwords::AskOwnerPassword(this))
+        return;
+    hide();
+    auto* form = new passwords::PassTree;
+    form->setAttribute(Qt::WA_DeleteOnClose);
+    connect(form, &passwords::PassTree::unloaded, this, &QWidget::show);
+    form->show();
+}
+
+void Form1::Image18_Click()
+{
+    if (!passwords::AskOwnerPassword(this))
+        return;
+    hide();
+    auto* form = new FrmConf;
+    form->setAttribute(Qt::WA_DeleteOnClose);
+    connect(form, &FrmConf::unloaded, this, &QWidget::show);
+    form->show();
 }
 
 void Form1::Image20_Click()

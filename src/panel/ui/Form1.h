@@ -55,6 +55,8 @@ public:
     // the tray or the task bar and to the front.
     void BringToFront();
     void Image17_Click(); // the maker's web site (also Label11, Image23)
+    void Image16_Click(); // the lock, then the password manager (PassTree)
+    void Image18_Click(); // the lock, then the settings dialog (FrmConf)
 
     QTimer* Timer1() const { return m_timer1; }
     QTimer* TimerUpdate() const { return m_timerUpdate; }
