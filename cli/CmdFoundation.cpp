@@ -3,6 +3,7 @@
 #include "CliFailure.h"
 #include "CommandLine.h"
 #include "CommandRegistry.h"
+#include "FolderOptions.h"
 #include "MessageCapture.h"
 
 #include "foundation/FileServices.h"
@@ -23,24 +24,8 @@ void printLine(const QString& text)
     std::fprintf(stdout, "%s\n", text.toUtf8().constData());
 }
 
-const QList<CliOption> kFolderOptions { { QStringLiteral("--program-folder"), true },
-    { QStringLiteral("--device"), true } };
-const QString kFolderHelp = QStringLiteral(
-    "  --program-folder DIR  the program folder (default: the folder of vmk); a link is followed\n"
-    "  --device DIR          the folder that is the device (default: the mount that holds the program folder)");
-
-// Applies "--program-folder DIR" and "--device DIR", each made canonical so a
-// folder reached through a link lies on its real drive.
-void applyFolderOptions(const CommandLine& cl)
-{
-    vmk::DriveMap& map = vmk::DriveMap::instance();
-    if (cl.has(QStringLiteral("--device")))
-        map.setDeviceOverride(CommandLine::inputFolder(cl.value(QStringLiteral("--device"))));
-    if (cl.has(QStringLiteral("--program-folder")))
-        map.setProgramFolder(CommandLine::inputFolder(cl.value(QStringLiteral("--program-folder"))));
-    vmk::G().ProgramFolder = map.logicalProgramFolder();
-    vmk::SettleProgramDrive();
-}
+const QList<CliOption>& kFolderOptions = FolderOptions::kOptions;
+const QString& kFolderHelp = FolderOptions::kHelp;
 
 int sealCommand(const QStringList& args)
 {
@@ -81,7 +66,7 @@ int settingsCommand(const QStringList& args)
 {
     const CommandLine cl(args, kFolderOptions);
     cl.expectOperands(0, 0, {});
-    applyFolderOptions(cl);
+    FolderOptions::apply(cl);
     vmk::G().LanguageIndex = vmk::ReadLanguageFile(vmk::G().ProgramFolder, vmk::G().LanguageIndex);
     vmk::ReadSettings();
     if (!QFileInfo::exists(vmk::SettingsFilePath()))
@@ -104,7 +89,7 @@ int drivesCommand(const QStringList& args)
 {
     const CommandLine cl(args, kFolderOptions);
     cl.expectOperands(0, 0, {});
-    applyFolderOptions(cl);
+    FolderOptions::apply(cl);
     for (const vmk::DriveInfo& d : vmk::DriveMap::instance().drives()) {
         const QString free = vmk::DriveFreeMB(d.drive());
         const QString total = vmk::DriveTotalMB(d.drive());
