@@ -94,6 +94,8 @@ public:
     // How many operations were repeated on a fresh connection after the kept one
     // had gone stale.
     int staleRetries() const { return m_staleRetries; }
+    // True once a server refused a TLS 1.3 data connection and TLS 1.2 took over.
+    bool tls12Only() const { return m_tls12; }
 
 private:
     struct Operation;
