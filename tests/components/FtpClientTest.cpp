@@ -280,6 +280,24 @@ TEST(FtpClient, StaleConnectionIsRetriedOnce)
     EXPECT_EQ(c.staleRetries(), 1);
 }
 
+// A server that refuses a data connection with 522 (vsftpd does so to some TLS
+// 1.3 clients) gets the request again over TLS 1.2, on a fresh connection.
+TEST(FtpClient, Reply522SwitchesToTls12AndRepeats)
+{
+    QTemporaryDir root;
+    PlainServer server(root.path(), { QStringLiteral("--refuse-data-once") });
+    ASSERT_GT(server.port(), 0);
+    ASSERT_TRUE(writeFile(root.filePath(QStringLiteral("a.zip")), "a"));
+    FtpClient c;
+    logIn(c, server);
+    ASSERT_TRUE(c.connect());
+    EXPECT_FALSE(c.tls12Only());
+    const auto listed = c.list();
+    ASSERT_TRUE(listed.has_value()) << c.lastError().words().toStdString();
+    EXPECT_EQ(namesOf(*listed), QStringList { "a.zip" });
+    EXPECT_TRUE(c.tls12Only());
+}
+
 TEST(FtpClient, CancelledTransfersLeaveNothing)
 {
     QTemporaryDir root, local;

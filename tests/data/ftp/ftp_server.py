@@ -5,6 +5,8 @@
                  the next command gets "421" and the connection closes
 --no-mlsd        answers MLSD as an unknown command, so clients fall back to LIST
 --dos-list       LIST in the DOS format of IIS
+--refuse-data-once  answers the first listing or transfer with vsftpd's 522
+                 (a TLS data connection that did not reuse the session)
 """
 import argparse
 import sys
@@ -23,6 +25,8 @@ p.add_argument("--drop-after", type=int, default=0)
 p.add_argument("--stale-after", type=float, default=0)
 p.add_argument("--no-mlsd", action="store_true")
 p.add_argument("--dos-list", action="store_true")
+p.add_argument("--refuse-data-once", action="store_true")
+refused = []
 args = p.parse_args()
 
 
@@ -96,6 +100,13 @@ class Handler(FTPHandler):
             self._in_buffer_len = 0
             self.respond("421 Control connection timed out.")
             self.close_when_done()
+            return
+        command = b"".join(self._in_buffer)[:4].upper()
+        if args.refuse_data_once and not refused and command in (b"MLSD", b"LIST", b"RETR", b"STOR"):
+            refused.append(command)
+            self._in_buffer = []
+            self._in_buffer_len = 0
+            self.respond("522 SSL connection failed: session reuse required")
             return
         super().found_terminator()
 
