@@ -24,7 +24,8 @@ namespace vmk::ftp
 // name; a certificate that does not verify is refused unless its SHA-256
 // fingerprint is the accepted one. A reused connection that the server has
 // dropped meanwhile is retried once on a fresh one; a server that refuses TLS
-// 1.3 data connections (reply 522) is retried with TLS 1.2.
+// 1.3 data connections (reply 522, or 426 at an upload's end) is retried with
+// TLS 1.2.
 //
 // Every operation returns false (or nullopt) on failure and leaves the reason in
 // lastError(). Names holding CR or LF are refused before anything is sent.
@@ -100,6 +101,7 @@ public:
 private:
     struct Operation;
     bool run(Operation& op);
+    int perform();
     bool quote(const QStringList& commands, const QString& path, FtpFailure onRefusal);
     void setOptions(const Operation& op, bool fresh);
     QByteArray urlOf(const QString& absolutePath, bool folder) const;
@@ -113,7 +115,8 @@ private:
     static int debug(void* curl, int type, char* data, size_t size, void* self);
     static int xferInfo(void* self, qint64 dlTotal, qint64 dlNow, qint64 ulTotal, qint64 ulNow);
 
-    void* m_curl = nullptr;
+    void* m_curl = nullptr; // the one easy handle, reset between operations
+    void* m_multi = nullptr; // holds the kept connection
     QString m_host, m_user, m_password, m_startPath;
     int m_port = 21;
     bool m_addressOk = false;
