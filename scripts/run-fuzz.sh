@@ -1,0 +1,15 @@
+#!/usr/bin/env bash
+# Runs one fuzz target: every input of its corpus, then new inputs for SECONDS.
+#   run-fuzz.sh TARGET CORPUS WORK [SECONDS] [libFuzzer options...]
+# New interesting inputs go to WORK/new, so the committed corpus stays as it is;
+# a crash leaves WORK/crash-* (or timeout-*, leak-*), which is fixed and then
+# copied into the corpus folder.
+set -euo pipefail
+bin=$1 corpus=$2 work=$3 seconds=${4:-20}
+shift $(( $# < 4 ? $# : 4 ))
+source "$(dirname "$0")/sanitizer-env.sh"
+mkdir -p "$work/new" "$work/tmp"
+# The target's private folder is made below here.
+export TMPDIR="$work/tmp"
+exec "$bin" -max_total_time="$seconds" -timeout=5 -rss_limit_mb=2048 -print_final_stats=1 \
+  -artifact_prefix="$work/" "$@" "$work/new" "$corpus"

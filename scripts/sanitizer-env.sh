@@ -1,0 +1,6 @@
+# Sourced by the scripts that run sanitized programs: stop at the first fault
+# with a stack, and take libclamav's known leak from the one suppression file.
+_vmk_root="$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)"
+export ASAN_OPTIONS="halt_on_error=1:print_stacktrace=1:detect_leaks=1:check_initialization_order=1"
+export UBSAN_OPTIONS="halt_on_error=1:print_stacktrace=1"
+export LSAN_OPTIONS="suppressions=${_vmk_root}/scripts/lsan-suppressions.txt:print_suppressions=0"
