@@ -27,6 +27,9 @@ namespace
 {
 // The real folder, set once before the guard is armed; empty: guard off.
 std::string g_root;
+// The folder where libFuzzer keeps its own new inputs and crash files
+// (VMK_FUZZ_ALLOW, set by scripts/run-fuzz.sh).
+std::string g_fuzzerFolder;
 std::atomic<bool> g_armed { false };
 
 std::string lexicalClean(const std::string& path)
@@ -88,7 +91,10 @@ bool allowed(const std::string& path)
 {
     if (path.rfind("/dev/", 0) == 0)
         return true;
-    return path == g_root || path.rfind(g_root + '/', 0) == 0;
+    auto under = [&path](const std::string& folder) {
+        return !folder.empty() && (path == folder || path.rfind(folder + '/', 0) == 0);
+    };
+    return under(g_root) || under(g_fuzzerFolder);
 }
 
 void check(const char* call, int dirfd, const char* path, bool followLast = true)
@@ -287,6 +293,8 @@ void FuzzSandbox::init()
     if (!realpath(pattern.c_str(), real))
         abort();
     g_root = real;
+    if (const char* allow = getenv("VMK_FUZZ_ALLOW"); allow && realpath(allow, real))
+        g_fuzzerFolder = real;
     const QString root = QString::fromStdString(g_root);
     for (const char* sub : { "device", "tmp", "home", "data", "config" })
         QDir().mkpath(root + u'/' + QLatin1String(sub));

@@ -11,5 +11,7 @@ source "$(dirname "$0")/sanitizer-env.sh"
 mkdir -p "$work/new" "$work/tmp"
 # The target's private folder is made below here.
 export TMPDIR="$work/tmp"
+# libFuzzer itself writes its new inputs and crash files there.
+export VMK_FUZZ_ALLOW="$work"
 exec "$bin" -max_total_time="$seconds" -timeout=5 -rss_limit_mb=2048 -print_final_stats=1 \
   -artifact_prefix="$work/" "$@" "$work/new" "$corpus"

@@ -10,4 +10,4 @@ CC=clang CXX=clang++ cmake -S . -B build-fuzz -G Ninja -DVMK_FUZZ=ON -DVMK_BUILD
   -DVMK_FUZZ_SECONDS="${VMK_FUZZ_SECONDS:-20}" -DVMK_WERROR=${VMK_WERROR:-$werror} >/dev/null
 cmake --build build-fuzz -j "$(nproc)" --target vmk_fuzz_all
 cd build-fuzz
-ctest --output-on-failure -j "$(nproc)" --timeout 300 "$@"
+ctest --output-on-failure -j "$(nproc)" "$@"
