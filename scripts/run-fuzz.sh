@@ -7,10 +7,12 @@
 set -euo pipefail
 bin=$1 corpus=$2 work=$3 seconds=${4:-20}
 shift $(( $# < 4 ? $# : 4 ))
+# Absolute paths: a target changes into its private folder before it reads inputs.
+mkdir -p "$work/new" "$work/tmp"
+bin=$(realpath "$bin") corpus=$(realpath "$corpus") work=$(realpath "$work")
 source "$(dirname "$0")/sanitizer-env.sh"
 # No fuzz target loads libclamav, so the fast unwinder keeps them quick.
 export ASAN_OPTIONS="${ASAN_OPTIONS/:fast_unwind_on_malloc=0/}"
-mkdir -p "$work/new" "$work/tmp"
 # The target's private folder is made below here.
 export TMPDIR="$work/tmp"
 # libFuzzer itself writes its new inputs and crash files there.
