@@ -32,6 +32,14 @@ function(vmk_program name)
   set_target_properties(${name} PROPERTIES BUILD_RPATH "\$ORIGIN/lib" INSTALL_RPATH "\$ORIGIN/lib")
 endfunction()
 
+# Every test has a time limit, so that a hang fails instead of stalling the run
+# (a sanitized build runs several times slower, so it gets more).
+if(VMK_SANITIZE)
+  set(VMK_TEST_TIMEOUT 900)
+else()
+  set(VMK_TEST_TIMEOUT 300)
+endif()
+
 # One GoogleTest executable per test folder; every test is registered with CTest.
 # A folder that needs a QApplication defines its own main(), which wins over gtest_main.
 function(vmk_test name)
@@ -46,8 +54,10 @@ function(vmk_test name)
   set_target_properties(${name} PROPERTIES RUNTIME_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/tests)
   gtest_discover_tests(${name}
     DISCOVERY_TIMEOUT 60
-    PROPERTIES ENVIRONMENT "QT_QPA_PLATFORM=offscreen;VMK_BIN=${CMAKE_BINARY_DIR}/bin;VMK_SOURCE=${PROJECT_SOURCE_DIR};VMK_TESTDATA=${PROJECT_SOURCE_DIR}/tests/data"
-    TIMEOUT 300)
+    # One value per property: gtest_discover_tests splits a list value into
+    # separate words, which silently swallowed the properties after it (the
+    # folders of the programs and the test data are compiled into test support).
+    PROPERTIES ENVIRONMENT QT_QPA_PLATFORM=offscreen TIMEOUT ${VMK_TEST_TIMEOUT})
 endfunction()
 
 # Adds every subfolder that has a CMakeLists.txt, so a new program, benchmark or

@@ -6,6 +6,7 @@ if [ "$(id -u)" -ne 0 ]; then SUDO="sudo"; fi
 export DEBIAN_FRONTEND=noninteractive
 PKGS=(
   build-essential cmake ninja-build ccache pkg-config git
+  clang libclang-rt-14-dev
   qt6-base-dev qt6-base-dev-tools libqt6test6 qt6-qpa-plugins libgl-dev
   libclamav-dev clamav clamav-testfiles
   libzip-dev zlib1g-dev zip unzip

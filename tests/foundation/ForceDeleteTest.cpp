@@ -115,7 +115,9 @@ TEST_F(ForceDeleteTest, LadderOrderRebootEntryFirstThenTheTools)
 
 TEST_F(ForceDeleteTest, RenameListWithoutFinalLineBreakGetsOne)
 {
-    ASSERT_TRUE(test::writeFile(systemNative() + "/WinInit.ini", QByteArray("[Rename]\r\nNUL=C:\\OLD.TXT\0junk", 32)));
+    // The list ends in a NUL and junk after it, as a list cut by another program may.
+    static const char cut[] = "[Rename]\r\nNUL=C:\\OLD.TXT\0junk";
+    ASSERT_TRUE(test::writeFile(systemNative() + "/WinInit.ini", QByteArray(cut, sizeof cut - 1)));
     ASSERT_TRUE(test::writeFile(m_root + "/x.txt", "x"));
     ScheduleDeleteAtReboot(QStringLiteral("E:\\x.txt"));
     EXPECT_EQ(test::readFile(systemNative() + "/WinInit.ini"),

@@ -13,6 +13,7 @@
 
 #include <QApplication>
 #include <QCheckBox>
+#include <QDeadlineTimer>
 #include <QDir>
 #include <QElapsedTimer>
 #include <QGroupBox>
@@ -374,7 +375,11 @@ TEST_F(FormsFixture, BarraUpdateRunsAndWraps)
     // The timer itself drives the bar.
     form.show();
     const int before = form.ProgressBar1()->value();
-    QTest::qWait(200);
+    // Waits for a tick rather than a fixed time: under a sanitizer or a loaded
+    // machine showing the form alone can take longer than several intervals.
+    QDeadlineTimer deadline(10000);
+    while (form.ProgressBar1()->value() == before && !deadline.hasExpired())
+        QTest::qWait(10);
     EXPECT_NE(form.ProgressBar1()->value(), before);
 
     QTest::mouseClick(form.Command1(), Qt::LeftButton);
