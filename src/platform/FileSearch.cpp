@@ -5,11 +5,14 @@
 #include "platform/NativeName.h"
 
 #include <QDir>
+#include <QHash>
 #include <QRegularExpression>
 
 #include <dirent.h>
 #include <fcntl.h>
 #include <sys/stat.h>
+#include <sys/statvfs.h>
+#include <sys/sysmacros.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -64,12 +67,58 @@ EntryKind kindOf(const struct stat& lst, const struct stat& st)
     return EntryKind::Device;
 }
 
+// Local times of one listing by their second. Each new local QDateTime asks the
+// C library for the zone, which looks at /etc/localtime twice; the files of a
+// folder mostly share a few times (an unpacked archive, a copied tree).
+class LocalTimes
+{
+public:
+    QDateTime of(qint64 secs)
+    {
+        auto it = m_known.constFind(secs);
+        if (it == m_known.cend())
+            it = m_known.insert(secs, QDateTime::fromSecsSinceEpoch(secs));
+        return it.value();
+    }
+
+private:
+    QHash<qint64, QDateTime> m_known;
+};
+
 // Where one entry is looked at: by its name relative to its open folder in a
 // listing (no path walk per entry), or by its full path (`dirfd` AT_FDCWD).
 struct EntryAt {
     int dirfd;
     const char* name;
+    bool surelyWritable = false; // known without asking the kernel again (see ownWritable)
 };
+
+// True when access(W_OK) cannot fail for this entry, so a listing asks only for
+// the others: a file or folder (not a link) on the listed folder's writable
+// volume, owned by us with its owner write bit, not immutable. The owner's
+// rights come from those bits alone, ACLs included.
+bool ownWritable(const struct statx& sx, dev_t folderDev, bool readOnlyVolume, uid_t uid)
+{
+    return !readOnlyVolume && (S_ISREG(sx.stx_mode) || S_ISDIR(sx.stx_mode))
+        && makedev(sx.stx_dev_major, sx.stx_dev_minor) == folderDev && sx.stx_uid == uid && (sx.stx_mode & S_IWUSR)
+        && (sx.stx_attributes_mask & STATX_ATTR_IMMUTABLE) && !(sx.stx_attributes & STATX_ATTR_IMMUTABLE);
+}
+
+// The fields of stat that the attribute word and FoundEntry read.
+struct stat statOf(const struct statx& sx)
+{
+    struct stat st {
+    };
+    st.st_dev = makedev(sx.stx_dev_major, sx.stx_dev_minor);
+    st.st_ino = sx.stx_ino;
+    st.st_mode = sx.stx_mode;
+    st.st_uid = sx.stx_uid;
+    st.st_gid = sx.stx_gid;
+    st.st_size = static_cast<off_t>(sx.stx_size);
+    st.st_mtim.tv_sec = sx.stx_mtime.tv_sec;
+    st.st_mtim.tv_nsec = sx.stx_mtime.tv_nsec;
+    return st;
+}
 
 quint32 computeAttributes(const QString& path, EntryAt at, const struct stat& lst, dev_t parentDev,
     PseudoMounts& mounts, struct stat* target, EntryKind* kind = nullptr)
@@ -104,7 +153,7 @@ quint32 computeAttributes(const QString& path, EntryAt at, const struct stat& ls
         quint32 a = AttrDirectory;
         if (hidden)
             a |= AttrHidden;
-        if (::faccessat(at.dirfd, at.name, W_OK, 0) != 0)
+        if (!at.surelyWritable && ::faccessat(at.dirfd, at.name, W_OK, 0) != 0)
             a |= AttrReadOnly;
         return a;
     }
@@ -113,7 +162,7 @@ quint32 computeAttributes(const QString& path, EntryAt at, const struct stat& ls
     quint32 a = AttrArchive;
     if (hidden)
         a |= AttrHidden;
-    if (::faccessat(at.dirfd, at.name, W_OK, 0) != 0)
+    if (!at.surelyWritable && ::faccessat(at.dirfd, at.name, W_OK, 0) != 0)
         a |= AttrReadOnly;
     return a;
 }
@@ -155,7 +204,13 @@ QList<FoundEntry> FileSearch::listNative(const QString& nativeFolder, const QStr
     const bool all = pattern.isEmpty() || pattern == QLatin1String("*") || pattern == QLatin1String("*.*");
     const bool hooked = static_cast<bool>(hookSlot());
     const QString prefix = folder == QLatin1String("/") ? folder : folder + u'/';
+    struct statvfs volume;
+    const bool readOnlyVolume = ::fstatvfs(dirfd, &volume) != 0 || (volume.f_flag & ST_RDONLY);
+    const uid_t uid = ::getuid(); // access() checks the real user
+    constexpr unsigned kStatxFields
+        = STATX_TYPE | STATX_MODE | STATX_UID | STATX_GID | STATX_INO | STATX_SIZE | STATX_MTIME;
     PseudoMounts mounts;
+    LocalTimes times;
     while (struct dirent* de = ::readdir(dir)) {
         const char* rawName = de->d_name;
         if (rawName[0] == '.' && (rawName[1] == 0 || (rawName[1] == '.' && rawName[2] == 0)))
@@ -164,20 +219,23 @@ QList<FoundEntry> FileSearch::listNative(const QString& nativeFolder, const QStr
         QString logicalName = DriveMap::encodeName(nativeName);
         if (!all && !re.match(logicalName).hasMatch())
             continue;
-        struct stat lst;
-        if (::fstatat(dirfd, rawName, &lst, AT_SYMLINK_NOFOLLOW) != 0)
+        struct statx sx;
+        if (::statx(dirfd, rawName, AT_SYMLINK_NOFOLLOW, kStatxFields, &sx) != 0)
             continue; // vanished meanwhile
+        const struct stat lst = statOf(sx);
         const QString path = prefix + nativeName;
         struct stat st = lst;
         FoundEntry e;
         e.name = std::move(logicalName);
         e.nativePath = path;
-        const quint32 computed = computeAttributes(path, { dirfd, rawName }, lst, fst.st_dev, mounts, &st, &e.kind);
+        const quint32 computed
+            = computeAttributes(path, { dirfd, rawName, ownWritable(sx, fst.st_dev, readOnlyVolume, uid) }, lst,
+                fst.st_dev, mounts, &st, &e.kind);
         e.attributes = hooked ? applyHook(path, computed) : computed;
         if (e.attributes == AttrJunction)
             e.kind = EntryKind::Junction; // a test double's junction is walked past like a real one
         e.size = S_ISREG(st.st_mode) ? static_cast<qint64>(st.st_size) : 0;
-        e.modified = QDateTime::fromSecsSinceEpoch(st.st_mtim.tv_sec);
+        e.modified = times.of(st.st_mtim.tv_sec);
         out.append(std::move(e));
     }
     ::closedir(dir); // closes dirfd too
