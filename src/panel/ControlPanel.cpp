@@ -165,8 +165,8 @@ UpdateVerdict ControlPanel::RunUpdater() const
 {
     // A log left by an earlier run must not be judged as this run's.
     QFile::remove(DriveMap::instance().toNative(SignatureUpdate::LogPath(G().ProgramDrive)));
-    const platform::RunOutcome run
-        = platform::RunAndWait(SignatureUpdate::UpdateCommandLine(G().ProgramFolder, G().ProgramDrive));
+    const platform::RunOutcome run = platform::RunAndWait(
+        SignatureUpdate::UpdaterProgram(G().ProgramFolder), SignatureUpdate::UpdaterArguments(G().ProgramDrive));
     return SignatureUpdate::JudgeLog(run, DriveMap::instance().toNative(SignatureUpdate::LogPath(G().ProgramDrive)));
 }
 

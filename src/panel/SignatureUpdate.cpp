@@ -1,5 +1,6 @@
 #include "panel/SignatureUpdate.h"
 
+#include "platform/LogicalPath.h"
 #include "platform/Pump.h"
 
 #include <QFile>
@@ -8,10 +9,14 @@
 namespace vmk::panel
 {
 
-QString SignatureUpdate::UpdateCommandLine(const QString& programFolder, const QString& programDrive)
+QString SignatureUpdate::UpdaterProgram(const QString& programFolder)
 {
-    return QLatin1Char('"') + programFolder + QStringLiteral("\\avupdate.exe") + QLatin1Char('"')
-        + QStringLiteral("--config=avupdate.conf ") + QStringLiteral("--log=") + LogPath(programDrive);
+    return LogicalPath::join(programFolder, QStringLiteral("avupdate.exe"));
+}
+
+QStringList SignatureUpdate::UpdaterArguments(const QString& programDrive)
+{
+    return { QStringLiteral("--config=avupdate.conf"), QStringLiteral("--log=") + LogPath(programDrive) };
 }
 
 QString SignatureUpdate::LogPath(const QString& programDrive)

@@ -3,6 +3,7 @@
 #include "platform/RunAndWait.h"
 
 #include <QString>
+#include <QStringList>
 
 namespace vmk::panel
 {
@@ -16,15 +17,17 @@ enum class UpdateVerdict {
     LogMissing, // it did not start, or left no log: reported as an error
 };
 
-// The panel's side of the signature update: the updater's command line, its
+// The panel's side of the signature update: the updater's program and arguments, its
 // log and the verdict. The run itself (BarraUpdate, RunAndWait, the restart)
 // is driven by Form1, which owns the screens it disables and shows.
 class SignatureUpdate
 {
 public:
-    // "\"<program folder>\avupdate.exe\"--config=avupdate.conf --log=<drive>\UPDLOG.TXT",
-    // with no blank after the closing quote.
-    static QString UpdateCommandLine(const QString& programFolder, const QString& programDrive);
+    // "<program folder>\avupdate.exe", a logical path.
+    static QString UpdaterProgram(const QString& programFolder);
+    // "--config=avupdate.conf" and "--log=<drive>\UPDLOG.TXT", passed as a list so
+    // that a quote or a blank in a folder name cannot split them.
+    static QStringList UpdaterArguments(const QString& programDrive);
     // The logical path of the log, "<drive>\UPDLOG.TXT".
     static QString LogPath(const QString& programDrive);
     // Reads the log line by line, pumping events after each, and returns the

@@ -8,13 +8,16 @@
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
+#include <QHash>
 #include <QRegularExpression>
 #include <QStringList>
 
 #include <dirent.h>
 #include <sys/stat.h>
+#include <time.h>
 
 #include <algorithm>
+#include <deque>
 
 namespace vmk
 {
@@ -100,23 +103,131 @@ QChar firstFreeLetter(const QList<DriveInfo>& drives)
     return {};
 }
 
-// Lists a folder's names, by their real bytes, without following anything; the
-// caller matches them.
-QStringList namesIn(const QString& folder)
+// The key under which a name is found ignoring case: each character folded as
+// QString::compare(Qt::CaseInsensitive) folds it, so both agree on every name.
+QString foldedKey(const QString& name)
 {
-    QStringList names;
-    DIR* dir = ::opendir(NativeName::toBytes(folder).constData());
-    if (!dir)
-        return names;
-    while (const struct dirent* de = ::readdir(dir)) {
-        const QByteArray raw(de->d_name);
-        if (raw != "." && raw != "..")
-            names << NativeName::fromBytes(raw);
+    QString key = name;
+    char16_t* d = reinterpret_cast<char16_t*>(key.data());
+    for (qsizetype i = 0; i < key.size(); ++i) {
+        if (QChar::isHighSurrogate(d[i]) && i + 1 < key.size() && QChar::isLowSurrogate(d[i + 1])) {
+            const char32_t folded = QChar::toCaseFolded(QChar::surrogateToUcs4(d[i], d[i + 1]));
+            d[i] = QChar::highSurrogate(folded);
+            d[i + 1] = QChar::lowSurrogate(folded);
+            ++i;
+        } else {
+            d[i] = QChar::toCaseFolded(d[i]);
+        }
     }
-    ::closedir(dir);
-    names.sort();
-    return names;
+    return key;
 }
+
+// A folder's names by their folded key, for the fallback of toNative. The memory
+// scan resolves hundreds of upper-cased paths in the same few folders, and
+// listing a folder of 1,300 names again for each miss cost ~6 ms a path. An
+// index is kept per thread for a few seconds and only while its folder is
+// unchanged (same device, inode and change times). A folder changed too shortly
+// before its listing to tell a later change by its times is listed afresh each time.
+class FolderNames
+{
+public:
+    // The folder's name equal to `name` ignoring case, the first in name order
+    // when several are; empty when none is.
+    static QString find(const QString& folder, const QString& name)
+    {
+        struct stat st;
+        if (::stat(NativeName::toBytes(folder).constData(), &st) != 0 || !S_ISDIR(st.st_mode))
+            return {};
+        const qint64 now = monotonicMs();
+        std::deque<Index>& kept = cache();
+        auto it = std::find_if(kept.begin(), kept.end(), [&](const Index& x) { return x.folder == folder; });
+        if (it != kept.end() && !(it->sameState(st) && now - it->builtAt < kKeepMs)) {
+            kept.erase(it);
+            it = kept.end();
+        }
+        if (it != kept.end())
+            return it->names.value(foldedKey(name));
+        Index fresh = list(folder, st, now);
+        const QString found = fresh.names.value(foldedKey(name));
+        if (fresh.stable) {
+            if (kept.size() >= kKeptFolders)
+                kept.pop_front();
+            kept.push_back(std::move(fresh));
+        }
+        return found;
+    }
+
+private:
+    static constexpr qint64 kKeepMs = 3000;
+    static constexpr size_t kKeptFolders = 8;
+    // Folder times are taken from a coarse clock: a change in the same tick as
+    // an earlier one may leave them equal.
+    static constexpr qint64 kTimeGrainNs = 50'000'000;
+
+    struct Index {
+        QString folder;
+        dev_t dev = 0;
+        ino_t ino = 0;
+        struct timespec mtime {
+        };
+        struct timespec ctime {
+        };
+        qint64 builtAt = 0;
+        bool stable = false;
+        QHash<QString, QString> names;
+
+        bool sameState(const struct stat& st) const
+        {
+            return st.st_dev == dev && st.st_ino == ino && st.st_mtim.tv_sec == mtime.tv_sec
+                && st.st_mtim.tv_nsec == mtime.tv_nsec && st.st_ctim.tv_sec == ctime.tv_sec
+                && st.st_ctim.tv_nsec == ctime.tv_nsec;
+        }
+    };
+
+    static std::deque<Index>& cache()
+    {
+        thread_local std::deque<Index> kept;
+        return kept;
+    }
+
+    static qint64 monotonicMs()
+    {
+        struct timespec ts;
+        ::clock_gettime(CLOCK_MONOTONIC, &ts);
+        return qint64(ts.tv_sec) * 1000 + ts.tv_nsec / 1000000;
+    }
+
+    static qint64 ns(const struct timespec& t) { return qint64(t.tv_sec) * 1'000'000'000 + t.tv_nsec; }
+
+    // Lists a folder's names, by their real bytes, without following anything.
+    static Index list(const QString& folder, const struct stat& st, qint64 now)
+    {
+        struct timespec wall;
+        ::clock_gettime(CLOCK_REALTIME, &wall);
+        Index x;
+        x.folder = folder;
+        x.dev = st.st_dev;
+        x.ino = st.st_ino;
+        x.mtime = st.st_mtim;
+        x.ctime = st.st_ctim;
+        x.builtAt = now;
+        x.stable = ns(wall) - std::max(ns(st.st_mtim), ns(st.st_ctim)) > kTimeGrainNs;
+        DIR* dir = ::opendir(NativeName::toBytes(folder).constData());
+        if (!dir)
+            return x;
+        while (const struct dirent* de = ::readdir(dir)) {
+            const char* raw = de->d_name;
+            if (raw[0] == '.' && (raw[1] == 0 || (raw[1] == '.' && raw[2] == 0)))
+                continue;
+            const QString name = NativeName::fromBytes(QByteArray::fromRawData(raw, qstrlen(raw)));
+            QString& kept = x.names[foldedKey(name)];
+            if (kept.isEmpty() || name < kept)
+                kept = name;
+        }
+        ::closedir(dir);
+        return x;
+    }
+};
 } // namespace
 
 DriveMap& DriveMap::instance()
@@ -333,13 +444,7 @@ QString DriveMap::toNative(const QString& logical) const
         const QString name = decodeName(raw);
         QString next = path == QLatin1String("/") ? u'/' + name : path + u'/' + name;
         if (resolving && !exists(next)) {
-            QString found;
-            for (const QString& entry : namesIn(path)) {
-                if (entry.compare(name, Qt::CaseInsensitive) == 0) {
-                    found = entry;
-                    break;
-                }
-            }
+            QString found = FolderNames::find(path, name);
             if (found.isEmpty() && name.contains(u'~'))
                 found = ShortNames::resolve(path, name);
             if (found.isEmpty())

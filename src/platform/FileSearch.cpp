@@ -5,10 +5,14 @@
 #include "platform/NativeName.h"
 
 #include <QDir>
+#include <QHash>
 #include <QRegularExpression>
 
 #include <dirent.h>
+#include <fcntl.h>
 #include <sys/stat.h>
+#include <sys/statvfs.h>
+#include <sys/sysmacros.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -63,16 +67,69 @@ EntryKind kindOf(const struct stat& lst, const struct stat& st)
     return EntryKind::Device;
 }
 
-quint32 computeAttributes(const QString& path, const QByteArray& encoded, const struct stat& lst, dev_t parentDev,
+// Local times of one listing by their second. Each new local QDateTime asks the
+// C library for the zone, which looks at /etc/localtime twice; the files of a
+// folder mostly share a few times (an unpacked archive, a copied tree).
+class LocalTimes
+{
+public:
+    QDateTime of(qint64 secs)
+    {
+        auto it = m_known.constFind(secs);
+        if (it == m_known.cend())
+            it = m_known.insert(secs, QDateTime::fromSecsSinceEpoch(secs));
+        return it.value();
+    }
+
+private:
+    QHash<qint64, QDateTime> m_known;
+};
+
+// Where one entry is looked at: by its name relative to its open folder in a
+// listing (no path walk per entry), or by its full path (`dirfd` AT_FDCWD).
+struct EntryAt {
+    int dirfd;
+    const char* name;
+    bool surelyWritable = false; // known without asking the kernel again (see ownWritable)
+};
+
+// True when access(W_OK) cannot fail for this entry, so a listing asks only for
+// the others: a file or folder (not a link) on the listed folder's writable
+// volume, owned by us with its owner write bit, not immutable. The owner's
+// rights come from those bits alone, ACLs included.
+bool ownWritable(const struct statx& sx, dev_t folderDev, bool readOnlyVolume, uid_t uid)
+{
+    return !readOnlyVolume && (S_ISREG(sx.stx_mode) || S_ISDIR(sx.stx_mode))
+        && makedev(sx.stx_dev_major, sx.stx_dev_minor) == folderDev && sx.stx_uid == uid && (sx.stx_mode & S_IWUSR)
+        && (sx.stx_attributes_mask & STATX_ATTR_IMMUTABLE) && !(sx.stx_attributes & STATX_ATTR_IMMUTABLE);
+}
+
+// The fields of stat that the attribute word and FoundEntry read.
+struct stat statOf(const struct statx& sx)
+{
+    struct stat st {
+    };
+    st.st_dev = makedev(sx.stx_dev_major, sx.stx_dev_minor);
+    st.st_ino = sx.stx_ino;
+    st.st_mode = sx.stx_mode;
+    st.st_uid = sx.stx_uid;
+    st.st_gid = sx.stx_gid;
+    st.st_size = static_cast<off_t>(sx.stx_size);
+    st.st_mtim.tv_sec = sx.stx_mtime.tv_sec;
+    st.st_mtim.tv_nsec = sx.stx_mtime.tv_nsec;
+    return st;
+}
+
+quint32 computeAttributes(const QString& path, EntryAt at, const struct stat& lst, dev_t parentDev,
     PseudoMounts& mounts, struct stat* target, EntryKind* kind = nullptr)
 {
     if (kind)
         *kind = EntryKind::File;
-    const QString name = path.mid(path.lastIndexOf(u'/') + 1);
-    const bool hidden = name.startsWith(u'.');
+    const qsizetype nameStart = path.lastIndexOf(u'/') + 1;
+    const bool hidden = nameStart < path.size() && path[nameStart] == u'.';
     struct stat st = lst;
     if (S_ISLNK(lst.st_mode)) {
-        if (::stat(encoded.constData(), &st) != 0) {
+        if (::fstatat(at.dirfd, at.name, &st, 0) != 0) {
             if (kind)
                 *kind = EntryKind::DanglingLink;
             return AttrArchive | AttrReparsePoint | (hidden ? quint32(AttrHidden) : 0u); // dangling link
@@ -96,7 +153,7 @@ quint32 computeAttributes(const QString& path, const QByteArray& encoded, const 
         quint32 a = AttrDirectory;
         if (hidden)
             a |= AttrHidden;
-        if (::access(encoded.constData(), W_OK) != 0)
+        if (!at.surelyWritable && ::faccessat(at.dirfd, at.name, W_OK, 0) != 0)
             a |= AttrReadOnly;
         return a;
     }
@@ -105,7 +162,7 @@ quint32 computeAttributes(const QString& path, const QByteArray& encoded, const 
     quint32 a = AttrArchive;
     if (hidden)
         a |= AttrHidden;
-    if (::access(encoded.constData(), W_OK) != 0)
+    if (!at.surelyWritable && ::faccessat(at.dirfd, at.name, W_OK, 0) != 0)
         a |= AttrReadOnly;
     return a;
 }
@@ -132,41 +189,56 @@ QList<FoundEntry> FileSearch::listNative(const QString& nativeFolder, const QStr
     QList<FoundEntry> out;
     const QString folder
         = nativeFolder.size() > 1 && nativeFolder.endsWith(u'/') ? nativeFolder.chopped(1) : nativeFolder;
-    const QByteArray encodedFolder = NativeName::toBytes(folder);
+    // Entries are looked at relative to the open folder: a folder of 100,000
+    // files costs no path walk per entry.
+    const int dirfd = ::open(NativeName::toBytes(folder).constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    if (dirfd < 0)
+        return out;
     struct stat fst;
-    if (::stat(encodedFolder.constData(), &fst) != 0 || !S_ISDIR(fst.st_mode))
+    DIR* dir = ::fstat(dirfd, &fst) == 0 ? ::fdopendir(dirfd) : nullptr;
+    if (!dir) {
+        ::close(dirfd);
         return out;
-    DIR* dir = ::opendir(encodedFolder.constData());
-    if (!dir)
-        return out;
+    }
     const QRegularExpression re = patternRegex(pattern);
     const bool all = pattern.isEmpty() || pattern == QLatin1String("*") || pattern == QLatin1String("*.*");
+    const bool hooked = static_cast<bool>(hookSlot());
+    const QString prefix = folder == QLatin1String("/") ? folder : folder + u'/';
+    struct statvfs volume;
+    const bool readOnlyVolume = ::fstatvfs(dirfd, &volume) != 0 || (volume.f_flag & ST_RDONLY);
+    const uid_t uid = ::getuid(); // access() checks the real user
+    constexpr unsigned kStatxFields
+        = STATX_TYPE | STATX_MODE | STATX_UID | STATX_GID | STATX_INO | STATX_SIZE | STATX_MTIME;
     PseudoMounts mounts;
+    LocalTimes times;
     while (struct dirent* de = ::readdir(dir)) {
-        const QByteArray raw(de->d_name);
-        if (raw == "." || raw == "..")
+        const char* rawName = de->d_name;
+        if (rawName[0] == '.' && (rawName[1] == 0 || (rawName[1] == '.' && rawName[2] == 0)))
             continue;
-        const QString nativeName = NativeName::fromBytes(raw);
-        const QString logicalName = DriveMap::encodeName(nativeName);
+        const QString nativeName = NativeName::fromBytes(QByteArray::fromRawData(rawName, qstrlen(rawName)));
+        QString logicalName = DriveMap::encodeName(nativeName);
         if (!all && !re.match(logicalName).hasMatch())
             continue;
-        const QString path = folder == QLatin1String("/") ? u'/' + nativeName : folder + u'/' + nativeName;
-        const QByteArray encoded = NativeName::toBytes(path);
-        struct stat lst;
-        if (::lstat(encoded.constData(), &lst) != 0)
+        struct statx sx;
+        if (::statx(dirfd, rawName, AT_SYMLINK_NOFOLLOW, kStatxFields, &sx) != 0)
             continue; // vanished meanwhile
+        const struct stat lst = statOf(sx);
+        const QString path = prefix + nativeName;
         struct stat st = lst;
         FoundEntry e;
-        e.name = logicalName;
+        e.name = std::move(logicalName);
         e.nativePath = path;
-        e.attributes = applyHook(path, computeAttributes(path, encoded, lst, fst.st_dev, mounts, &st, &e.kind));
+        const quint32 computed
+            = computeAttributes(path, { dirfd, rawName, ownWritable(sx, fst.st_dev, readOnlyVolume, uid) }, lst,
+                fst.st_dev, mounts, &st, &e.kind);
+        e.attributes = hooked ? applyHook(path, computed) : computed;
         if (e.attributes == AttrJunction)
             e.kind = EntryKind::Junction; // a test double's junction is walked past like a real one
         e.size = S_ISREG(st.st_mode) ? static_cast<qint64>(st.st_size) : 0;
-        e.modified = QDateTime::fromSecsSinceEpoch(st.st_mtim.tv_sec);
-        out << e;
+        e.modified = times.of(st.st_mtim.tv_sec);
+        out.append(std::move(e));
     }
-    ::closedir(dir);
+    ::closedir(dir); // closes dirfd too
     std::sort(out.begin(), out.end(), [](const FoundEntry& a, const FoundEntry& b) { return a.name < b.name; });
     return out;
 }
@@ -196,7 +268,8 @@ std::optional<FoundEntry> FileSearch::entryOfNative(const QString& nativePath)
     FoundEntry e;
     e.name = DriveMap::encodeName(path.mid(path.lastIndexOf(u'/') + 1));
     e.nativePath = path;
-    e.attributes = applyHook(path, computeAttributes(path, encoded, lst, parentDev, mounts, &st, &e.kind));
+    e.attributes = applyHook(
+        path, computeAttributes(path, { AT_FDCWD, encoded.constData() }, lst, parentDev, mounts, &st, &e.kind));
     if (e.attributes == AttrJunction)
         e.kind = EntryKind::Junction;
     e.size = S_ISREG(st.st_mode) ? static_cast<qint64>(st.st_size) : 0;
@@ -219,7 +292,7 @@ quint32 FileSearch::attributesOfNative(const QString& nativePath)
     PseudoMounts mounts;
     if (path == QLatin1String("/"))
         return applyHook(path, AttrDirectory);
-    return applyHook(path, computeAttributes(path, encoded, lst, parentDev, mounts, nullptr));
+    return applyHook(path, computeAttributes(path, { AT_FDCWD, encoded.constData() }, lst, parentDev, mounts, nullptr));
 }
 
 quint32 FileSearch::attributesOf(const QString& logicalPath)

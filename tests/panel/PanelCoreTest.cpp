@@ -70,13 +70,12 @@ TEST(SignatureDate, CaptionAndFiveDayBoundary)
     EXPECT_EQ(SignatureDate::ReadSignatureDate(index), QStringLiteral("2024/FEB/29"));
 }
 
-TEST(SignatureUpdate, CommandLineLastLineAndVerdicts)
+TEST(SignatureUpdate, ProgramArgumentsLastLineAndVerdicts)
 {
-    EXPECT_EQ(SignatureUpdate::UpdateCommandLine(QStringLiteral("E:\\VMK"), QStringLiteral("E:")),
-        QStringLiteral("\"E:\\VMK\\avupdate.exe\"--config=avupdate.conf --log=E:\\UPDLOG.TXT"));
-    // A program in the drive's root gives two backslashes in a row.
-    EXPECT_EQ(SignatureUpdate::UpdateCommandLine(QStringLiteral("E:\\"), QStringLiteral("E:")),
-        QStringLiteral("\"E:\\\\avupdate.exe\"--config=avupdate.conf --log=E:\\UPDLOG.TXT"));
+    EXPECT_EQ(SignatureUpdate::UpdaterProgram(QStringLiteral("E:\\VMK")), QStringLiteral("E:\\VMK\\avupdate.exe"));
+    EXPECT_EQ(SignatureUpdate::UpdaterProgram(QStringLiteral("E:\\")), QStringLiteral("E:\\avupdate.exe"));
+    EXPECT_EQ(SignatureUpdate::UpdaterArguments(QStringLiteral("E:")),
+        QStringList({ QStringLiteral("--config=avupdate.conf"), QStringLiteral("--log=E:\\UPDLOG.TXT") }));
 
     platform::RunOutcome ok;
     ok.started = true;

@@ -105,6 +105,22 @@ TEST_F(UpdateTest, VerdictsOfTheLastLine)
     EXPECT_TRUE(form.isEnabled());
 }
 
+TEST_F(UpdateTest, ProgramFolderHoldingAQuoteReachesTheUpdaterWhole)
+{
+    // A quote in the program folder's name once split the updater's command line
+    // and ran nothing (or another program).
+    m_programFolder = QStringLiteral("E:\\V\"MK\" --log=x");
+    G().ProgramFolder = m_programFolder;
+    ASSERT_TRUE(QDir().mkpath(native(m_programFolder)));
+    putScript(m_programFolder + QStringLiteral("\\avupdate.exe"),
+        "printf '%s\\n' \"$#\" \"$@\" > '" + m_host.filePath(QStringLiteral("args.txt")).toUtf8()
+            + "'\n"
+              "printf 'Nothing to update\\r\\n' > '"
+            + native(QStringLiteral("E:\\UPDLOG.TXT")).toUtf8() + "'\n");
+    EXPECT_EQ(m_panel.RunUpdater(), UpdateVerdict::NothingToUpdate);
+    EXPECT_EQ(args(), QStringLiteral("2\n--config=avupdate.conf\n--log=E:\\UPDLOG.TXT\n"));
+}
+
 TEST_F(UpdateTest, MissingUpdaterIsAnErrorNotACrash)
 {
     Form1 form(m_panel, {});

@@ -1,6 +1,7 @@
 #include "platform/DriveMap.h"
 #include "platform/FileSearch.h"
 #include "platform/MountTable.h"
+#include "platform/NativeName.h"
 #include "platform/ShortNames.h"
 
 #include "TestSupport.h"
@@ -10,6 +11,9 @@
 #include <QTemporaryDir>
 
 #include <gtest/gtest.h>
+
+#include <fcntl.h>
+#include <unistd.h>
 
 using namespace vmk;
 
@@ -75,6 +79,38 @@ TEST_F(DriveMapTest, ResolvesComponentsCaseInsensitively)
     EXPECT_EQ(map.toLogical(m_root), QStringLiteral("E:\\"));
     EXPECT_EQ(map.toLogical(QStringLiteral("/etc/hostname")), QStringLiteral("C:\\etc\\hostname"));
     EXPECT_EQ(map.deviceDrive(), QStringLiteral("E:"));
+}
+
+TEST_F(DriveMapTest, CaseFallbackNeverMergesNamesAndSeesEveryChange)
+{
+    // Two names that differ only in case: each exact spelling reaches its own
+    // file, and an upper-cased one takes the first in name order.
+    const QString folder = m_root + "/inc";
+    ASSERT_TRUE(test::writeFile(folder + "/xt_mark.h", "lower"));
+    ASSERT_TRUE(test::writeFile(folder + "/xt_MARK.h", "upper"));
+    const DriveMap& map = DriveMap::instance();
+    EXPECT_EQ(map.toNative(QStringLiteral("E:\\inc\\xt_mark.h")), folder + "/xt_mark.h");
+    EXPECT_EQ(map.toNative(QStringLiteral("E:\\inc\\xt_MARK.h")), folder + "/xt_MARK.h");
+    EXPECT_EQ(map.toNative(QStringLiteral("E:\\INC\\XT_MARK.H")), folder + "/xt_MARK.h");
+
+    // The folder's names are looked up from an index; a change right after a
+    // lookup (in the same tick of the folder's times) is still seen.
+    EXPECT_EQ(map.toNative(QStringLiteral("E:\\INC\\NEW.TXT")), folder + "/NEW.TXT"); // absent: as written
+    ASSERT_TRUE(test::writeFile(folder + "/New.txt", "n"));
+    EXPECT_EQ(map.toNative(QStringLiteral("E:\\INC\\NEW.TXT")), folder + "/New.txt");
+    ASSERT_TRUE(QFile::rename(folder + "/New.txt", folder + "/nEW.txt"));
+    EXPECT_EQ(map.toNative(QStringLiteral("E:\\INC\\NEW.TXT")), folder + "/nEW.txt");
+    ASSERT_TRUE(QFile::remove(folder + "/xt_MARK.h"));
+    EXPECT_EQ(map.toNative(QStringLiteral("E:\\INC\\XT_MARK.H")), folder + "/xt_mark.h");
+
+    // A name that is not UTF-8 (Latin-1 "caf\xe9") is found by its real bytes
+    // from the upper-cased logical form.
+    const QByteArray latin = QFile::encodeName(folder) + "/Caf\xe9.doc";
+    const int fd = ::open(latin.constData(), O_CREAT | O_WRONLY | O_CLOEXEC, 0644);
+    ASSERT_GE(fd, 0);
+    ::close(fd);
+    const QString upper = QStringLiteral("E:\\INC\\") + NativeName::fromBytes("CAF\xe9.DOC");
+    EXPECT_EQ(NativeName::toBytes(map.toNative(upper)), latin);
 }
 
 TEST_F(DriveMapTest, NamesWithBackslashOrBarMapToAReversibleForm)

@@ -11,6 +11,8 @@
 #include <gtest/gtest.h>
 
 #include <fcntl.h>
+#include <linux/fs.h>
+#include <sys/ioctl.h>
 #include <sys/mount.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
@@ -183,4 +185,49 @@ TEST(FileSearchTest, OddNamesAndKindsReachEveryWalkByTheirRealBytes)
     EXPECT_EQ(one->kind, EntryKind::File);
     DriveMap::instance().resetToHost();
     test::removeTree(root);
+}
+
+TEST(FileSearchTest, ReadOnlyBitOfAListingIsWhatAccessAnswers)
+{
+    // A listing decides most entries from their owner bits without asking the
+    // kernel again; its answer must stay the one access(W_OK) gives, for every
+    // owner, mode and flag.
+    QTemporaryDir dir;
+    ASSERT_TRUE(dir.isValid());
+    const QString root = dir.path();
+    const QList<std::pair<QString, mode_t>> files = { { "rw", 0644 }, { "ro", 0444 }, { "none", 0 },
+        { "other_rw", 0666 }, { "other_ro", 0444 }, { "frozen", 0644 } };
+    for (const auto& [name, mode] : files) {
+        ASSERT_TRUE(test::writeFile(root + u'/' + name, "x"));
+        ASSERT_EQ(::chmod(QFile::encodeName(root + u'/' + name).constData(), mode), 0);
+    }
+    ASSERT_TRUE(QDir(root).mkdir(QStringLiteral("dir_rw")));
+    ASSERT_TRUE(QDir(root).mkdir(QStringLiteral("dir_ro")));
+    ASSERT_EQ(::chmod(QFile::encodeName(root + "/dir_ro").constData(), 0555), 0);
+    // Owned by someone else where we may give files away (as root).
+    for (const char* name : { "other_rw", "other_ro" })
+        (void)::chown(QFile::encodeName(root + u'/' + QLatin1String(name)).constData(), 54321, 54321);
+    const QByteArray frozen = QFile::encodeName(root + "/frozen");
+    const int fd = ::open(frozen.constData(), O_RDONLY | O_CLOEXEC);
+    ASSERT_GE(fd, 0);
+    int flags = 0;
+    const bool immutable = ::ioctl(fd, FS_IOC_GETFLAGS, &flags) == 0
+        && ::ioctl(fd, FS_IOC_SETFLAGS, &(flags = flags | FS_IMMUTABLE_FL)) == 0;
+    ::close(fd);
+
+    const QList<FoundEntry> entries = FileSearch::listNative(root);
+    ASSERT_EQ(entries.size(), 8);
+    for (const FoundEntry& e : entries) {
+        const bool denied = ::access(QFile::encodeName(e.nativePath).constData(), W_OK) != 0;
+        EXPECT_EQ((e.attributes & AttrReadOnly) != 0, denied) << e.name.toStdString();
+        EXPECT_EQ(e.attributes, FileSearch::attributesOfNative(e.nativePath)) << e.name.toStdString();
+    }
+    if (immutable) {
+        EXPECT_NE(attributeOf(entries, QStringLiteral("frozen")) & AttrReadOnly, 0u);
+        const int f = ::open(frozen.constData(), O_RDONLY | O_CLOEXEC);
+        ASSERT_GE(f, 0);
+        flags &= ~FS_IMMUTABLE_FL;
+        EXPECT_EQ(::ioctl(f, FS_IOC_SETFLAGS, &flags), 0);
+        ::close(f);
+    }
 }
