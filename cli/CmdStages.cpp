@@ -12,6 +12,7 @@
 #include "foundation/Globals.h"
 #include "foundation/Settings.h"
 #include "platform/DriveMap.h"
+#include "platform/TerminalInput.h"
 
 #include <QFile>
 #include <QFileInfo>
@@ -20,8 +21,6 @@
 #include <cstdio>
 #include <iostream>
 #include <string>
-#include <termios.h>
-#include <unistd.h>
 
 namespace
 {
@@ -58,22 +57,15 @@ QString readPassPhrase(const QString& passFile)
             line.chop(1);
         return line;
     }
-    const bool tty = isatty(STDIN_FILENO);
-    termios saved {};
-    if (tty) {
-        std::fprintf(stderr, "Pass phrase: ");
-        std::fflush(stderr);
-        tcgetattr(STDIN_FILENO, &saved);
-        termios quiet = saved;
-        quiet.c_lflag &= ~static_cast<tcflag_t>(ECHO);
-        tcsetattr(STDIN_FILENO, TCSANOW, &quiet);
+    // Typed on a terminal, without echo; else the first line of what is piped in.
+    if (vmk::TerminalInput::standardInputIsTerminal()) {
+        const auto typed = vmk::TerminalInput::readSecret(QStringLiteral("Pass phrase: "));
+        if (!typed)
+            throw CliFailure(QString(), QStringLiteral("no se dio ninguna contraseña"));
+        return *typed;
     }
     std::string line;
     const bool got = static_cast<bool>(std::getline(std::cin, line));
-    if (tty) {
-        tcsetattr(STDIN_FILENO, TCSANOW, &saved);
-        std::fprintf(stderr, "\n");
-    }
     if (!got)
         throw CliFailure(QString(), QStringLiteral("no se dio ninguna contraseña"));
     if (!line.empty() && line.back() == '\r')

@@ -38,4 +38,9 @@ std::optional<QString> TerminalInput::readSecret(const QString& prompt)
     return QString::fromUtf8(line.data(), static_cast<qsizetype>(line.size()));
 }
 
+bool TerminalInput::standardInputIsTerminal()
+{
+    return ::isatty(STDIN_FILENO) == 1;
+}
+
 } // namespace vmk

@@ -15,6 +15,8 @@ public:
     // Shows `prompt` on the terminal and reads one line with the echo off (it is
     // restored afterwards). nullopt when the process has no terminal.
     static std::optional<QString> readSecret(const QString& prompt);
+    // True when standard input is a terminal rather than a pipe or a file.
+    static bool standardInputIsTerminal();
 };
 
 } // namespace vmk
