@@ -5,8 +5,8 @@
 #include "components/zip/ZipCodes.h"
 #include "components/zip/ZipLayout.h"
 #include "components/zip/ZipPaths.h"
-#include "platform/DriveFigures.h"
 #include "platform/ConfinedFolder.h"
+#include "platform/DriveFigures.h"
 #include "platform/DriveMap.h"
 #include "platform/FileRemoval.h"
 #include "platform/FileSearch.h"
@@ -245,6 +245,20 @@ struct FileFeed {
     int level = 6;
 };
 
+// The answer to a source's stat command: size and time, to which a caller adds
+// what it knows besides. Null when the library's buffer is too small.
+zip_stat_t* sourceStat(void* data, zip_uint64_t len, zip_error_t* error, qint64 size, qint64 mtime)
+{
+    auto* st = ZIP_SOURCE_GET_ARGS(zip_stat_t, data, len, error);
+    if (!st)
+        return nullptr;
+    zip_stat_init(st);
+    st->size = static_cast<zip_uint64_t>(size);
+    st->mtime = static_cast<time_t>(mtime);
+    st->valid |= ZIP_STAT_SIZE | ZIP_STAT_MTIME;
+    return st;
+}
+
 zip_int64_t feedCallback(void* userdata, void* data, zip_uint64_t len, zip_source_cmd_t cmd)
 {
     auto* f = static_cast<FileFeed*>(userdata);
@@ -277,16 +291,8 @@ zip_int64_t feedCallback(void* userdata, void* data, zip_uint64_t len, zip_sourc
         f->file = nullptr;
         f->onProgress(*f, 0, true);
         return 0;
-    case ZIP_SOURCE_STAT: {
-        auto* st = ZIP_SOURCE_GET_ARGS(zip_stat_t, data, len, &f->error);
-        if (!st)
-            return -1;
-        zip_stat_init(st);
-        st->size = static_cast<zip_uint64_t>(f->size);
-        st->mtime = static_cast<time_t>(f->mtime);
-        st->valid |= ZIP_STAT_SIZE | ZIP_STAT_MTIME;
-        return sizeof(zip_stat_t);
-    }
+    case ZIP_SOURCE_STAT:
+        return sourceStat(data, len, &f->error, f->size, f->mtime) ? sizeof(zip_stat_t) : -1;
     case ZIP_SOURCE_ERROR:
         return zip_error_to_data(&f->error, data, len);
     case ZIP_SOURCE_FREE:
@@ -364,15 +370,12 @@ zip_int64_t deflatedCallback(void* userdata, void* data, zip_uint64_t len, zip_s
         f->onProgress(*f, 0, true);
         return 0;
     case ZIP_SOURCE_STAT: {
-        auto* st = ZIP_SOURCE_GET_ARGS(zip_stat_t, data, len, &f->error);
+        // Before reading: the expected size. After: what the stream really holds.
+        zip_stat_t* st = sourceStat(data, len, &f->error, f->ended ? f->read : f->size, f->mtime);
         if (!st)
             return -1;
-        zip_stat_init(st);
-        // Before reading: the expected size. After: what the stream really holds.
-        st->size = static_cast<zip_uint64_t>(f->ended ? f->read : f->size);
-        st->mtime = static_cast<time_t>(f->mtime);
         st->comp_method = ZIP_CM_DEFLATE;
-        st->valid |= ZIP_STAT_SIZE | ZIP_STAT_MTIME | ZIP_STAT_COMP_METHOD;
+        st->valid |= ZIP_STAT_COMP_METHOD;
         if (f->ended) {
             st->crc = f->crc;
             st->valid |= ZIP_STAT_CRC;
