@@ -3,6 +3,7 @@
 #include "CliFailure.h"
 #include "CommandLine.h"
 #include "CommandRegistry.h"
+#include "FolderOptions.h"
 #include "MessageCapture.h"
 
 #include "foundation/FileServices.h"
@@ -21,25 +22,6 @@ namespace
 void printLine(const QString& text)
 {
     std::fprintf(stdout, "%s\n", text.toUtf8().constData());
-}
-
-const QList<CliOption> kFolderOptions { { QStringLiteral("--program-folder"), true },
-    { QStringLiteral("--device"), true } };
-const QString kFolderHelp = QStringLiteral(
-    "  --program-folder DIR  the program folder (default: the folder of vmk); a link is followed\n"
-    "  --device DIR          the folder that is the device (default: the mount that holds the program folder)");
-
-// Applies "--program-folder DIR" and "--device DIR", each made canonical so a
-// folder reached through a link lies on its real drive.
-void applyFolderOptions(const CommandLine& cl)
-{
-    vmk::DriveMap& map = vmk::DriveMap::instance();
-    if (cl.has(QStringLiteral("--device")))
-        map.setDeviceOverride(CommandLine::inputFolder(cl.value(QStringLiteral("--device"))));
-    if (cl.has(QStringLiteral("--program-folder")))
-        map.setProgramFolder(CommandLine::inputFolder(cl.value(QStringLiteral("--program-folder"))));
-    vmk::G().ProgramFolder = map.logicalProgramFolder();
-    vmk::SettleProgramDrive();
 }
 
 int sealCommand(const QStringList& args)
@@ -79,9 +61,9 @@ int unsealCommand(const QStringList& args)
 // on the device, as the panel checks them at its start.
 int settingsCommand(const QStringList& args)
 {
-    const CommandLine cl(args, kFolderOptions);
+    const CommandLine cl(args, FolderOptions());
     cl.expectOperands(0, 0, {});
-    applyFolderOptions(cl);
+    ApplyFolderOptions(cl);
     vmk::G().LanguageIndex = vmk::ReadLanguageFile(vmk::G().ProgramFolder, vmk::G().LanguageIndex);
     vmk::ReadSettings();
     if (!QFileInfo::exists(vmk::SettingsFilePath()))
@@ -102,9 +84,9 @@ int settingsCommand(const QStringList& args)
 
 int drivesCommand(const QStringList& args)
 {
-    const CommandLine cl(args, kFolderOptions);
+    const CommandLine cl(args, FolderOptions());
     cl.expectOperands(0, 0, {});
-    applyFolderOptions(cl);
+    ApplyFolderOptions(cl);
     for (const vmk::DriveInfo& d : vmk::DriveMap::instance().drives()) {
         const QString free = vmk::DriveFreeMB(d.drive());
         const QString total = vmk::DriveTotalMB(d.drive());
@@ -126,10 +108,10 @@ CommandRegistry::Registrar unsealReg("unseal",
 CommandRegistry::Registrar settingsReg("settings",
     { QStringLiteral("settings [--program-folder DIR] [--device DIR]"),
         QStringLiteral("every setting of VMK.cnf as key=value (written with defaults if missing)"),
-        kFolderHelp
+        FolderOptionsHelp()
             + QStringLiteral("\n  A folder setting whose folder is missing on the device is named on standard error."),
         settingsCommand });
 CommandRegistry::Registrar drivesReg("drives",
     { QStringLiteral("drives [--program-folder DIR] [--device DIR]"),
-        QStringLiteral("the drive letters, their folders and their space"), kFolderHelp, drivesCommand });
+        QStringLiteral("the drive letters, their folders and their space"), FolderOptionsHelp(), drivesCommand });
 } // namespace

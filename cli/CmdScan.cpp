@@ -4,28 +4,26 @@
 #include "CommandLine.h"
 #include "CommandRegistry.h"
 #include "ErrorWords.h"
+#include "FolderOptions.h"
 
 #include "components/engine/Engine.h"
 #include "components/engine/EngineCode.h"
 #include "components/engine/EngineService.h"
 #include "components/engine/EngineSession.h"
 #include "foundation/Globals.h"
+#include "foundation/Settings.h"
 #include "foundation/StartUp.h"
 #include "panel/ControlPanel.h"
 #include "platform/DriveMap.h"
 #include "platform/FileSearch.h"
 #include "platform/NativeName.h"
 #include "scanner/Antivir.h"
+#include "scanner/session/ScanSession.h"
 
 #include <QCoreApplication>
 #include <QDir>
 
-#include <atomic>
-#include <condition_variable>
 #include <cstdio>
-#include <mutex>
-#include <thread>
-#include <vector>
 
 namespace
 {
@@ -35,28 +33,6 @@ void out(const QString& line)
 {
     std::fputs(vmk::NativeName::toBytes(line).constData(), stdout);
     std::fputc('\n', stdout);
-}
-
-// One thing the walk met: a file to scan, or an entry that is reported with the
-// reason it is not scanned.
-struct Target {
-    QString path;
-    vmk::EntryKind kind = vmk::EntryKind::File;
-};
-
-// Depth-first, a folder walked as soon as it is met, skipping entries with the
-// junction word (directory symlinks, kernel filesystems): the scanner's own walk.
-// Dangling links, FIFOs, sockets and devices are never opened; each gets its line.
-void walk(const QString& folder, QList<Target>& targets)
-{
-    for (const vmk::FoundEntry& e : vmk::FileSearch::listNative(folder)) {
-        if (e.kind == vmk::EntryKind::Junction)
-            continue;
-        if (e.kind == vmk::EntryKind::Folder)
-            walk(e.nativePath, targets);
-        else
-            targets << Target { e.nativePath, e.kind };
-    }
 }
 
 QString programFolder()
@@ -82,122 +58,88 @@ void loadEngine(const QString& dbArg)
     throw CliFailure(named, ErrorWords::engine(code), code);
 }
 
-struct Counters {
-    int scanned = 0, errors = 0, clean = 0, infectedFiles = 0, alerts = 0;
-};
-
-void report(const QString& path, const vmk::FileScanResult& r, Counters& c)
+// One line per row of the session's event list, with the host path: OK, each
+// alert with FOUND, or why the file was not scanned. An alert's object names the
+// item itself, never the clear copy a quarantined item was scanned through.
+void report(const vmk::ScanRecord& rec)
 {
-    ++c.scanned;
-    if (!r.processed()) {
-        ++c.errors;
-        out(CliFailure::line(path, ErrorWords::engine(r.ReturnCode), r.ReturnCode));
+    const vmk::FileScanResult& r = rec.Result;
+    if (rec.Kind != vmk::EntryKind::File) {
+        out(rec.NativePath + ": " + vmk::NotScannedText(rec.Kind));
+    } else if (!r.processed()) {
+        out(CliFailure::line(rec.NativePath, ErrorWords::engine(r.ReturnCode), r.ReturnCode));
     } else if (!r.infected()) {
-        ++c.clean;
-        out(path + ": OK");
+        out(rec.NativePath + ": OK");
     } else {
-        ++c.infectedFiles;
         for (const vmk::AlertRow& row : r.Rows) {
-            ++c.alerts;
-            out((row.Object.isEmpty() ? path : row.Object) + ": " + row.Threat + " FOUND");
+            QString object = row.Object.isEmpty() ? rec.ScannedPath : row.Object;
+            if (object.startsWith(rec.ScannedPath))
+                object = rec.NativePath + object.mid(rec.ScannedPath.size());
+            out(object + ": " + row.Threat + " FOUND");
         }
     }
 }
 
-void report(const Target& t, const vmk::FileScanResult& r, Counters& c)
+// The session's selection for the operands: each as a logical path, a folder
+// ending in "\".
+QStringList selection(const QStringList& operands)
 {
-    if (t.kind == vmk::EntryKind::File) {
-        report(t.path, r, c);
-        return;
+    const vmk::DriveMap& map = vmk::DriveMap::instance();
+    QStringList listAdd;
+    for (const QString& t : operands) {
+        const QString path = CommandLine::hostPath(t);
+        QString logical = map.toLogical(path);
+        if (logical.isEmpty())
+            throw CliFailure(t, QStringLiteral("no está en ninguna unidad"));
+        const auto entry = vmk::FileSearch::entryOfNative(path);
+        if (entry && entry->kind == vmk::EntryKind::Folder && !logical.endsWith(u'\\'))
+            logical += u'\\';
+        listAdd << logical;
     }
-    ++c.scanned;
-    ++c.errors;
-    out(t.path + ": " + vmk::NotScannedText(t.kind));
-}
-
-vmk::FileScanResult scanTarget(const Target& t, vmk::engine::EngineSession* session = nullptr)
-{
-    return t.kind == vmk::EntryKind::File ? vmk::ScanOneFile(t.path, session) : vmk::FileScanResult {};
-}
-
-// Scans with `jobs` threads, each with its own engine session on the one
-// compiled engine, and reports in the order of `files`.
-void scanParallel(const QList<Target>& files, int jobs, Counters& c)
-{
-    std::vector<vmk::FileScanResult> results(static_cast<size_t>(files.size()));
-    std::vector<char> done(static_cast<size_t>(files.size()), 0);
-    std::atomic<qsizetype> next { 0 };
-    std::mutex m;
-    std::condition_variable cv;
-    std::vector<std::thread> workers;
-    for (int j = 0; j < jobs; ++j)
-        workers.emplace_back([&] {
-            vmk::engine::EngineSession session;
-            for (qsizetype i = next++; i < files.size(); i = next++) {
-                vmk::FileScanResult r = scanTarget(files.at(i), &session);
-                std::lock_guard lock(m);
-                results[static_cast<size_t>(i)] = std::move(r);
-                done[static_cast<size_t>(i)] = 1;
-                cv.notify_all();
-            }
-        });
-    for (qsizetype i = 0; i < files.size(); ++i) {
-        vmk::FileScanResult r;
-        {
-            std::unique_lock lock(m);
-            cv.wait(lock, [&] { return done[static_cast<size_t>(i)] != 0; });
-            r = std::move(results[static_cast<size_t>(i)]);
-        }
-        report(files.at(i), r, c);
-    }
-    for (auto& w : workers)
-        w.join();
+    return listAdd;
 }
 
 int runScan(const QStringList& args)
 {
     const CommandLine cl(args,
-        { { QStringLiteral("--db"), true }, { QStringLiteral("--no-archive"), false },
-            { QStringLiteral("--jobs"), true } });
-    cl.expectOperands(1, -1, { QStringLiteral("PATH") });
+        QList<CliOption> { { QStringLiteral("--db"), true }, { QStringLiteral("--no-archive"), false },
+            { QStringLiteral("--jobs"), true }, { QStringLiteral("--memory"), false } }
+            + FolderOptions());
+    const bool memory = cl.has(QStringLiteral("--memory"));
+    cl.expectOperands(memory ? 0 : 1, -1, { QStringLiteral("PATH") });
     bool ok = false;
     const int jobs = cl.value(QStringLiteral("--jobs"), QStringLiteral("1")).toInt(&ok);
     if (!ok || jobs < 1 || jobs > 64)
         throw CliFailure::usage(
             QStringLiteral("--jobs ") + cl.value(QStringLiteral("--jobs")), QStringLiteral("valor no válido"));
+    // A device's settings name its quarantine folder, whose sealed items are
+    // scanned through a clear copy and reported under their own names.
+    if (cl.has(QStringLiteral("--device")) || cl.has(QStringLiteral("--program-folder"))) {
+        ApplyFolderOptions(cl);
+        vmk::ReadSettings();
+    }
+    QStringList listAdd = selection(cl.operands());
+    if (memory)
+        listAdd << vmk::ScanSession::memoryTarget();
     loadEngine(cl.value(QStringLiteral("--db")));
     if (cl.has(QStringLiteral("--no-archive")))
         vmk::engine::setvalue(vmk::engine::Option::ArchiveScan, "0");
 
-    QList<Target> files;
-    for (const QString& t : cl.operands()) {
-        const QString path = CommandLine::hostPath(t);
-        const auto entry = vmk::FileSearch::entryOfNative(path);
-        if (entry && entry->kind == vmk::EntryKind::Folder)
-            walk(entry->nativePath, files);
-        else if (entry && entry->kind != vmk::EntryKind::File && entry->kind != vmk::EntryKind::Junction)
-            files << Target { path, entry->kind };
-        else
-            files << Target { path }; // a missing path is reported by the engine's own code
-    }
-
-    Counters c;
-    if (jobs == 1 || files.size() < 2) {
-        for (const Target& f : files)
-            report(f, scanTarget(f), c);
-    } else {
-        scanParallel(files, jobs, c);
-    }
+    vmk::ScanSession session;
+    session.setJobs(jobs);
+    session.setClosingMessage(false);
+    QObject::connect(&session, &vmk::ScanSession::fileRecorded, &session, &report);
+    session.Start(listAdd);
     out(QString("\nScanned files: %1\nClean files: %2\nInfected files: %3\nAlerts: %4\nNot processed: %5")
-            .arg(c.scanned)
-            .arg(c.clean)
-            .arg(c.infectedFiles)
-            .arg(c.alerts)
-            .arg(c.errors));
+            .arg(session.txtscantot())
+            .arg(session.TxtNtot())
+            .arg(session.txtinfFiles())
+            .arg(session.txtinftot())
+            .arg(session.txtskiptot()));
     vmk::engine::UnLoadEngine();
-    if (c.infectedFiles > 0)
+    if (session.txtinfFiles() > 0)
         return 1;
-    return c.errors > 0 ? 2 : 0;
+    return session.txtskiptot() > 0 ? 2 : 0;
 }
 
 int runEngine(const QStringList& args)
@@ -250,13 +192,18 @@ int runUpdate(const QStringList& args)
 }
 
 CommandRegistry::Registrar scanCmd("scan",
-    { QStringLiteral("scan [--db DIR] [--no-archive] [--jobs N] PATH..."),
+    { QStringLiteral(
+          "scan [--db DIR] [--no-archive] [--jobs N] [--memory] [--program-folder DIR] [--device DIR] [PATH...]"),
         QStringLiteral("scan files and folders (whole trees) for threats"),
-        QStringLiteral("  PATH            a file, or a folder walked depth-first (links to folders are not entered)\n"
-                       "  --db DIR        the signature folder (default: sigs beside vmk)\n"
-                       "  --no-archive    do not look inside archives\n"
-                       "  --jobs N        scan with N threads (1 to 64); the report keeps the walk's order\n"
-                       "  Each file gets a line: OK, the threat and FOUND, or why it was not scanned."),
+        QStringLiteral(
+            "  PATH            a file, or a folder walked depth-first (links to folders are not entered)\n"
+            "  --db DIR        the signature folder (default: sigs beside vmk)\n"
+            "  --no-archive    do not look inside archives\n"
+            "  --jobs N        scan with N threads (1 to 64); the report keeps the walk's order\n"
+            "  --memory        also scan the files of the running processes and of what they loaded\n"
+            "  --program-folder DIR, --device DIR  read that device's settings: a sealed item in its\n"
+            "                  quarantine folder is scanned through a clear copy, reported under its own name\n"
+            "  Each file gets a line: OK, the threat and FOUND, or why it was not scanned."),
         runScan });
 CommandRegistry::Registrar engineCmd("engine",
     { QStringLiteral("engine [--db DIR]"), QStringLiteral("the signature set's version and count (values 52 and 55)"),
