@@ -7,8 +7,11 @@
 #include "foundation/Translate.h"
 #include "foundation/ui/ApplyLanguage.h"
 #include "foundation/ui/ClickLabel.h"
+#include "scanner/ThreatActions.h"
 
 #include <QCloseEvent>
+
+#include <QAbstractItemModel>
 #include <QFrame>
 #include <QGridLayout>
 #include <QGuiApplication>
@@ -19,8 +22,12 @@
 #include <QPushButton>
 #include <QScreen>
 #include <QTableView>
+#include <QThread>
 #include <QTimer>
 #include <QVBoxLayout>
+
+#include <algorithm>
+#include <algorithm>
 
 namespace vmk
 {
@@ -124,6 +131,22 @@ scanTree::scanTree(QWidget* parent)
     m_listViewInf = makeList(m_frame5, "ListViewInf");
     frame5Layout->addWidget(m_listView, 1);
     frame5Layout->addWidget(m_listViewInf, 1);
+    m_listView->setModel(&m_session.ListView());
+    m_listViewInf->setModel(&m_session.ListViewInf());
+    m_listView->horizontalHeader()->resizeSection(0, 440);
+    for (int c = 0; c < 3; ++c)
+        m_listViewInf->horizontalHeader()->resizeSection(c, 150);
+    // The newest row in sight, as each batch of rows arrives.
+    for (QTableView* view : { m_listView, m_listViewInf })
+        connect(view->model(), &QAbstractItemModel::rowsInserted, view, [view] { view->scrollToBottom(); });
+    // The engine may scan ahead on the machine's cores; rows stay in the walk's order.
+    m_session.setJobs(std::clamp(QThread::idealThreadCount(), 1, 4));
+    connect(&m_session, &ScanSession::countersChanged, this, &scanTree::showCounters);
+    connect(&m_session, &ScanSession::currentChanged, this, [this] {
+        m_textFolder->setText(m_session.textfolder());
+        m_textScan->setText(m_session.TextScan());
+    });
+    connect(&m_session, &ScanSession::finished, this, &scanTree::sessionFinished);
 
     m_command6 = new QPushButton(QStringLiteral("Eliminar"), m_frame5);
     m_command6->setObjectName(QStringLiteral("Command6"));
@@ -280,6 +303,8 @@ void scanTree::Label14_Click()
 
 void scanTree::Image5_Click()
 {
+    if (m_session.running())
+        return;
     for (QLineEdit* counter : { m_txtInfTot, m_txtInfFiles, m_txtNTot, m_txtSkipTot, m_txtScanTot })
         counter->setText(QStringLiteral("0"));
     m_frame1->setVisible(m_view == 1);
@@ -289,9 +314,26 @@ void scanTree::Image5_Click()
     m_image5->setVisible(false);
     m_image2->setVisible(true);
     m_image3->setVisible(true);
+    // Runs to the closing message, pumping; the buttons act from inside the pump.
+    m_session.Start(m_selection.ListAdd());
+}
 
+void scanTree::showCounters()
+{
+    m_txtScanTot->setText(QString::number(m_session.txtscantot()));
+    m_txtNTot->setText(QString::number(m_session.TxtNtot()));
+    m_txtSkipTot->setText(QString::number(m_session.txtskiptot()));
+    m_txtInfFiles->setText(QString::number(m_session.txtinfFiles()));
+    m_txtInfTot->setText(QString::number(m_session.txtinftot()));
+}
+
+void scanTree::sessionFinished()
+{
+    // Before the closing words: the counters stand and only Back is left.
+    showCounters();
     m_textScan->setText(QStringLiteral("-----"));
     m_textFolder->setText(QStringLiteral("-----"));
+    m_label3->setVisible(false);
     for (QPushButton* b : { m_image1, m_image2, m_image5, m_image3 })
         b->setVisible(false);
     m_image4->setVisible(true);
@@ -301,16 +343,19 @@ void scanTree::Image2_Click()
 {
     m_image2->setVisible(false);
     m_image1->setVisible(true);
+    m_session.Pause();
 }
 
 void scanTree::Image1_Click()
 {
     m_image1->setVisible(false);
     m_image2->setVisible(true);
+    m_session.Continue();
 }
 
 void scanTree::Image3_Click()
 {
+    m_session.Stop();
     for (QPushButton* b : { m_image3, m_image2, m_image1 })
         b->setVisible(false);
     m_image4->setVisible(true);
@@ -325,12 +370,20 @@ void scanTree::Image4_Click()
     m_frame5->setVisible(false);
 }
 
-void scanTree::Command6_Click() { }
+void scanTree::Command6_Click()
+{
+    DeleteTickedThreats(m_session.ListViewInf());
+}
 
-void scanTree::Command7_Click() { }
+void scanTree::Command7_Click()
+{
+    DisinfectTickedThreats(m_session.ListViewInf());
+}
 
 void scanTree::closeEvent(QCloseEvent* event)
 {
+    // A running session runs out at its next poll.
+    m_session.Stop();
     event->accept();
     emit Closed();
 }

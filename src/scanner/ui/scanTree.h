@@ -1,6 +1,7 @@
 #pragma once
 
 #include "scanner/TargetSelection.h"
+#include "scanner/session/ScanSession.h"
 
 #include <QWidget>
 
@@ -46,6 +47,7 @@ public:
 
     SmartTree* SmartDataTree() const { return m_tree; }
     TargetSelection& selection() { return m_selection; }
+    ScanSession& session() { return m_session; }
     QTimer* Timer() const { return m_timer; }
     // The view on show: 1 "Estadísticos", 2 "Eventos", 3 "Infectados".
     int CurrentView() const { return m_view; }
@@ -59,11 +61,14 @@ protected:
 
 private:
     void SelectView(int view);
+    void showCounters();
+    void sessionFinished();
     void NodeCheck(const QString& key, bool checked);
     QLineEdit* addCounter(QWidget* parent, const char* name, const char* labelName, const QString& caption, int row);
     QPushButton* addButton(const char* name, const QString& caption);
 
     TargetSelection m_selection;
+    ScanSession m_session;
     SmartTree* m_tree = nullptr;
     QTimer* m_timer;
     QFrame* m_frame3;
