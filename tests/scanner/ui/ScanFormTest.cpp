@@ -11,6 +11,7 @@
 #include "platform/Pump.h"
 #include "scanner/ThreatListModel.h"
 
+#include <QDir>
 #include <QFileInfo>
 #include <QLineEdit>
 #include <QPushButton>
@@ -229,4 +230,48 @@ TEST_F(ScanFormTest, PauseStopAndClosingMidSession)
     EXPECT_FALSE(m_form->isVisible());
     EXPECT_EQ(m_messages.texts, QStringList({ kAborted, kAborted }));
     EXPECT_LT(text("txtscantot").toInt(), 4);
+}
+
+// Pictures of the target tree and of a finished session with threats, for a look by
+// eye and the README: set VMK_SHOTS to a folder.
+TEST_F(ScanFormTest, Pictures)
+{
+    const QString dir = qEnvironmentVariable("VMK_SHOTS");
+    if (dir.isEmpty())
+        GTEST_SKIP() << "VMK_SHOTS not set";
+    QDir().mkpath(dir);
+    for (const char* f : { "Escritorio/notas.txt", "Escritorio/instalador.exe", "Documentos/Informe.pdf" })
+        ASSERT_TRUE(writeFile(m_drives.host() + "/" + QString::fromUtf8(f), "x"));
+    auto grab = [this](const QString& path) {
+        ASSERT_TRUE(QTest::qWaitForWindowExposed(m_form.get()));
+        QTest::qWait(50);
+        m_form->grab();
+        QTest::qWait(50);
+        m_form->grab().save(path);
+    };
+
+    // The computer's tree: the memory node and a folder of the device ticked, one file excepted.
+    G().ScanHost = true;
+    m_form->Form_Load();
+    SmartTree& tree = *m_form->SmartDataTree();
+    tree.Expand("E:\\");
+    tick("*Memory*");
+    tick("E:\\docs\\");
+    tree.Expand("E:\\docs\\");
+    FileTreeModel& model = *tree.treeModel();
+    ASSERT_TRUE(model.setData(model.indexOf("E:\\docs\\clean.txt"), Qt::Unchecked, Qt::CheckStateRole));
+    tree.SelectKey("E:\\docs\\clean.txt");
+    grab(dir + "/scan-tree.png");
+
+    // A finished session over the device: the counters, then the threats with one row ticked.
+    G().ScanHost = false;
+    m_form->Form_Load();
+    tick("E:\\");
+    click("Image5");
+    grab(dir + "/scan-counters.png");
+    m_form->Label14_Click();
+    ThreatListModel& threats = m_form->session().ListViewInf();
+    ASSERT_GT(threats.rowCount(), 0);
+    threats.setData(threats.index(0, 0), Qt::Checked, Qt::CheckStateRole);
+    grab(dir + "/scan-threats.png");
 }
