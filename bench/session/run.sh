@@ -34,7 +34,8 @@ ratio() { awk -v a="$1" -v b="$2" 'BEGIN {printf "%.2f", a / b}'; }
 
 t_clam=$(timed clamscan --no-summary -r -d "$sigs" --detect-pua=yes --allmatch "$corpus")
 t_vmk2=$(timed "$bin/vmk" scan --db "$sigs" --jobs 2 "$corpus")
-session=$(QT_QPA_PLATFORM=offscreen "$bin/bench_session" "$sigs" "$corpus")
+errors=$(mktemp); trap 'rm -f "$errors"' EXIT
+session=$(QT_QPA_PLATFORM=offscreen "$bin/bench_session" "$sigs" "$corpus" 2>"$errors") || { cat "$errors" >&2; exit 1; }
 t_session=$(echo "$session" | awk '/^session_seconds/ {print $2}')
 peak_kb=$(echo "$session" | awk '/^peak_kb/ {print $2}')
 vmk_found=$("$bin/vmk" scan --db "$sigs" --jobs 2 "$corpus" 2>/dev/null | grep '^Infected files:' | awk '{print $3}' || true)

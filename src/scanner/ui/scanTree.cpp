@@ -27,7 +27,6 @@
 #include <QVBoxLayout>
 
 #include <algorithm>
-#include <algorithm>
 
 namespace vmk
 {
@@ -68,6 +67,7 @@ QTableView* makeList(QWidget* parent, const char* name)
 scanTree::scanTree(QWidget* parent)
     : QWidget(parent)
     , m_timer(new QTimer(this))
+    , m_refresh(new QTimer(this))
     , m_frame3(new QFrame(this))
     , m_frame5(new QFrame(this))
     , m_frame1(new QFrame(m_frame5))
@@ -141,10 +141,18 @@ scanTree::scanTree(QWidget* parent)
         connect(view->model(), &QAbstractItemModel::rowsInserted, view, [view] { view->scrollToBottom(); });
     // The engine may scan ahead on the machine's cores; rows stay in the walk's order.
     m_session.setJobs(std::clamp(QThread::idealThreadCount(), 1, 4));
-    connect(&m_session, &ScanSession::countersChanged, this, &scanTree::showCounters);
+    // The boxes follow the session every kFlushIntervalMs, as the rows do (the pump
+    // runs the timer, during a pause too): a box rewritten for every file of a fast
+    // walk would cost a repaint per file.
+    m_refresh->setInterval(ScanSession::kFlushIntervalMs);
+    connect(m_refresh, &QTimer::timeout, this, [this] {
+        showCounters();
+        showCurrent();
+    });
+    // An emptied file name (a pause after a target) is shown at once.
     connect(&m_session, &ScanSession::currentChanged, this, [this] {
-        m_textFolder->setText(m_session.textfolder());
-        m_textScan->setText(m_session.TextScan());
+        if (m_session.TextScan().isEmpty())
+            showCurrent();
     });
     connect(&m_session, &ScanSession::finished, this, &scanTree::sessionFinished);
 
@@ -315,7 +323,15 @@ void scanTree::Image5_Click()
     m_image2->setVisible(true);
     m_image3->setVisible(true);
     // Runs to the closing message, pumping; the buttons act from inside the pump.
+    m_refresh->start();
     m_session.Start(m_selection.ListAdd());
+    m_refresh->stop();
+}
+
+void scanTree::showCurrent()
+{
+    m_textFolder->setText(m_session.textfolder());
+    m_textScan->setText(m_session.TextScan());
 }
 
 void scanTree::showCounters()
@@ -330,6 +346,7 @@ void scanTree::showCounters()
 void scanTree::sessionFinished()
 {
     // Before the closing words: the counters stand and only Back is left.
+    m_refresh->stop();
     showCounters();
     m_textScan->setText(QStringLiteral("-----"));
     m_textFolder->setText(QStringLiteral("-----"));

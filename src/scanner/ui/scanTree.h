@@ -62,6 +62,7 @@ protected:
 private:
     void SelectView(int view);
     void showCounters();
+    void showCurrent();
     void sessionFinished();
     void NodeCheck(const QString& key, bool checked);
     QLineEdit* addCounter(QWidget* parent, const char* name, const char* labelName, const QString& caption, int row);
@@ -71,6 +72,7 @@ private:
     ScanSession m_session;
     SmartTree* m_tree = nullptr;
     QTimer* m_timer;
+    QTimer* m_refresh; // writes the counters and the current file while a session runs
     QFrame* m_frame3;
     QFrame* m_frame5;
     QFrame* m_frame1;
