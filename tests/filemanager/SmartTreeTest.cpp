@@ -178,3 +178,29 @@ TEST(SmartTree, ChecksReachTheFormAndTheHostRootOpensAtStart)
     // No marks in this tree.
     EXPECT_EQ(tree.marks(), nullptr);
 }
+
+TEST(SmartTree, ReexpandReadsAnOpenFolderAgainWithNewTicks)
+{
+    TreeDrives drives;
+    ASSERT_TRUE(writeFile(drives.device() + "/docs/a.txt", "a"));
+    SmartTree tree(TreeOptions::scanTree(false));
+    tree.resize(300, 400);
+    tree.show();
+    tree.FillRoots();
+    ASSERT_TRUE(QTest::qWaitForWindowExposed(&tree));
+    FileTreeModel& model = *tree.treeModel();
+    model.setChildCheckRule([](const QString&, Qt::CheckState parent) { return parent; });
+    tree.Expand("E:\\docs\\");
+    ASSERT_TRUE(model.NodeExists("E:\\docs\\a.txt"));
+    EXPECT_EQ(model.checked("E:\\docs\\a.txt"), Qt::Unchecked);
+    // Reopened from inside the tick's own event, as the target tree does.
+    ASSERT_TRUE(writeFile(drives.device() + "/docs/b.txt", "b"));
+    QObject::connect(&model, &FileTreeModel::NodeCheck, &tree, [&tree](const QString& key) { tree.Reexpand(key); });
+    ASSERT_TRUE(model.setData(model.indexOf("E:\\docs\\"), Qt::Checked, Qt::CheckStateRole));
+    EXPECT_TRUE(tree.IsExpanded("E:\\docs\\"));
+    QStringList children = model.childKeys("E:\\docs\\");
+    children.sort();
+    EXPECT_EQ(children, QStringList({ "E:\\docs\\a.txt", "E:\\docs\\b.txt" }));
+    EXPECT_EQ(model.checked("E:\\docs\\a.txt"), Qt::Checked);
+    EXPECT_EQ(model.checked("E:\\docs\\b.txt"), Qt::Checked);
+}

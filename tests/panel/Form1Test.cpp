@@ -1,6 +1,8 @@
 #include "DeviceFixture.h"
 
 #include "components/engine/Engine.h"
+#include "filemanager/FileTreeModel.h"
+#include "filemanager/ui/SmartTree.h"
 #include "foundation/FileServices.h"
 #include "foundation/Globals.h"
 #include "foundation/Settings.h"
@@ -13,6 +15,7 @@
 #include "platform/Registry.h"
 #include "platform/Shell.h"
 #include "scanner/QuarantinePurge.h"
+#include "scanner/ui/scanTree.h"
 
 #include "TestSupport.h"
 
@@ -355,4 +358,49 @@ TEST_F(Form1Test, AFailedEngineShowsOnTheShieldAndTheSignatureCard)
     if (const QString dir = qEnvironmentVariable("VMK_SHOTS"); !dir.isEmpty())
         m_form->grab().save(dir + QStringLiteral("/panel-engine-running.png"));
     engine::UnLoadEngine();
+}
+
+TEST_F(Form1Test, ScanButtonsWarnHideThePanelAndOpenTheScanner)
+{
+    test::MessageRecorder messages;
+    m_form->show();
+    auto clickLit = [this](const char* name) {
+        QLabel* l = m_form->label(name);
+        ASSERT_NE(l, nullptr) << name;
+        QMouseEvent release(QEvent::MouseButtonRelease, QPointF(2, 2), l->mapToGlobal(QPointF(2, 2)), Qt::LeftButton,
+            Qt::NoButton, Qt::NoModifier);
+        QApplication::sendEvent(l, &release);
+        QCoreApplication::processEvents(); // the click runs once its event is done
+    };
+    const QString warning = QStringLiteral("¡Si cuenta con otro antivirus en este equipo, recomendamos pausarlo!");
+
+    // "Analizar PC": the host's tree, with the memory node.
+    clickLit("Image13");
+    EXPECT_EQ(messages.texts, QStringList({ warning }));
+    EXPECT_FALSE(m_form->isVisible());
+    EXPECT_TRUE(G().ScanHost);
+    scanTree* scanner = m_form->ScanForm();
+    ASSERT_NE(scanner, nullptr);
+    EXPECT_TRUE(scanner->isVisible());
+    const FileTreeModel& hostModel = *scanner->SmartDataTree()->treeModel();
+    EXPECT_EQ(hostModel.keyOf(hostModel.index(0, 0)), QStringLiteral("|HOST|"));
+    EXPECT_EQ(hostModel.childKeys(QStringLiteral("|HOST|")).value(0), QStringLiteral("*Memory*"));
+    // Closing the scanner brings the panel back.
+    scanner->close();
+    EXPECT_FALSE(scanner->isVisible());
+    EXPECT_TRUE(m_form->isVisible());
+
+    // "Analizar Dispositivo": the device alone, loaded afresh.
+    clickLit("Image14");
+    EXPECT_EQ(messages.texts, QStringList({ warning, warning }));
+    EXPECT_FALSE(m_form->isVisible());
+    EXPECT_FALSE(G().ScanHost);
+    ASSERT_EQ(m_form->ScanForm(), scanner);
+    EXPECT_TRUE(scanner->isVisible());
+    const FileTreeModel& deviceModel = *scanner->SmartDataTree()->treeModel();
+    EXPECT_EQ(deviceModel.rowCount(), 1);
+    EXPECT_EQ(deviceModel.keyOf(deviceModel.index(0, 0)), QStringLiteral("E:\\"));
+    EXPECT_FALSE(deviceModel.NodeExists(QStringLiteral("|HOST|")));
+    scanner->close();
+    EXPECT_TRUE(m_form->isVisible());
 }

@@ -108,6 +108,11 @@ bool SmartTree::IsExpanded(const QString& key) const
 void SmartTree::Reexpand(const QString& key)
 {
     Collapse(key);
+    // Read while the node is closed: replacing the rows of a node that the view is
+    // opening at that moment sends its layout round in circles.
+    const QModelIndex index = m_model->indexOf(key);
+    if (index.isValid() && m_model->canFetchMore(index))
+        m_model->fetchMore(index);
     Expand(key);
 }
 

@@ -13,6 +13,7 @@
 #include "foundation/ui/BarraUpdate.h"
 #include "foundation/ui/FormEject.h"
 #include "platform/Pump.h"
+#include "scanner/ui/scanTree.h"
 
 #include <QCloseEvent>
 #include <QDate>
@@ -124,10 +125,10 @@ Form1::Form1(ControlPanel& panel, Hooks hooks, QWidget* parent)
     auto cell = [](int col, int row) { return QPoint(334 + col * 100, 80 + row * 120); };
     addButton("Image9", "Image12", "Lbl_but1", QStringLiteral("Adm. Archivos"), QStringLiteral("filemanager"),
         cell(0, 0), [] {});
-    addButton(
-        "Image7", "Image13", "Lbl_but7", QStringLiteral("Analizar PC"), QStringLiteral("scanpc"), cell(1, 0), [] {});
+    addButton("Image7", "Image13", "Lbl_but7", QStringLiteral("Analizar PC"), QStringLiteral("scanpc"), cell(1, 0),
+        [this] { Image13_Click(); });
     addButton("Image5", "Image14", "Lbl_but2", QStringLiteral("Analizar Dispositivo"), QStringLiteral("scandevice"),
-        cell(2, 0), [] {});
+        cell(2, 0), [this] { Image14_Click(); });
     addButton("Image4", "Image15", "Lbl_but3", QStringLiteral("Actualizar"), QStringLiteral("update"), cell(0, 1),
         [this] { Image15_Click(); });
     addButton(
@@ -153,6 +154,32 @@ Form1::~Form1()
 {
     delete m_barraUpdate;
     delete m_formEject;
+    delete m_scanTree;
+}
+
+void Form1::Image13_Click()
+{
+    openScanner(true);
+}
+
+void Form1::Image14_Click()
+{
+    openScanner(false);
+}
+
+void Form1::openScanner(bool scanHost)
+{
+    ShowMessage(QStringLiteral("¡Si cuenta con otro antivirus en este equipo, recomendamos pausarlo!"));
+    hide();
+    G().ScanHost = scanHost;
+    // One scanner window for the run, a window of its own like the update's
+    // progress form; each opening loads it afresh.
+    if (!m_scanTree) {
+        m_scanTree = new scanTree;
+        connect(m_scanTree, &scanTree::Closed, this, [this] { show(); });
+    }
+    m_scanTree->Form_Load();
+    m_scanTree->show();
 }
 
 QLabel* Form1::addLabel(const char* name, const QString& text, const QRect& geometry, const QString& style)

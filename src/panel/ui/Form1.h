@@ -15,6 +15,7 @@ namespace vmk
 class BarraUpdate;
 class FormEject;
 class Pie;
+class scanTree;
 } // namespace vmk
 
 namespace vmk::panel
@@ -57,6 +58,11 @@ public:
     void Image17_Click(); // the maker's web site (also Label11, Image23)
     void Image16_Click(); // the lock, then the password manager (PassTree)
     void Image18_Click(); // the lock, then the settings dialog (FrmConf)
+    void Image13_Click(); // scan the computer
+    void Image14_Click(); // scan the device
+
+    // The scanner, once a scan button has opened it.
+    scanTree* ScanForm() const { return m_scanTree; }
 
     QTimer* Timer1() const { return m_timer1; }
     QTimer* TimerUpdate() const { return m_timerUpdate; }
@@ -83,6 +89,7 @@ private:
     void showEngineFailure(const QString& reason);
     void showSignatureDate();
     bool formUnload(); // false when the user declines to quit
+    void openScanner(bool scanHost);
 
     ControlPanel& m_panel;
     Hooks m_hooks;
@@ -91,6 +98,7 @@ private:
     Pie* m_pie = nullptr;
     BarraUpdate* m_barraUpdate = nullptr;
     FormEject* m_formEject = nullptr;
+    scanTree* m_scanTree = nullptr;
     QLabel* m_background = nullptr;
     QLabel* m_shield = nullptr;
     QLabel* m_engineReason = nullptr;
