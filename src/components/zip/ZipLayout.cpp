@@ -3,7 +3,6 @@
 #include "platform/NativeFile.h"
 
 #include <QFile>
-#include <QtEndian>
 
 #include <algorithm>
 #include <utility>
@@ -23,9 +22,15 @@ constexpr qint64 kCentralSize = 46;
 constexpr qint64 kLocalSize = 30;
 constexpr qint64 kMaxComment = 0xFFFF;
 
+// A little-endian field, byte by byte: callers check the record's length first,
+// and reading bytes (not a cast of the buffer) keeps the compiler's bounds
+// analysis, which cannot see those checks, quiet as well.
 template<class T> T at(const QByteArray& b, qint64 offset)
 {
-    return qFromLittleEndian<T>(b.constData() + offset);
+    T value = 0;
+    for (qint64 i = qint64(sizeof(T)) - 1; i >= 0; --i)
+        value = T((value << 8) | static_cast<uchar>(b.at(offset + i)));
+    return value;
 }
 
 QByteArray readAt(QFile& f, qint64 offset, qint64 length)
