@@ -123,16 +123,18 @@ Form1::Form1(ControlPanel& panel, Hooks hooks, QWidget* parent)
 
     // The nine tool buttons, each a resting picture (hot zone) under its lit one.
     auto cell = [](int col, int row) { return QPoint(334 + col * 100, 80 + row * 120); };
+    // The file manager and the backups are not in this version yet: their buttons
+    // stay, greyed, and say so, rather than answer a click with nothing.
     addButton("Image9", "Image12", "Lbl_but1", QStringLiteral("Adm. Archivos"), QStringLiteral("filemanager"),
-        cell(0, 0), [] {});
+        cell(0, 0), nullptr, QStringLiteral("El administrador de archivos aún no está disponible en esta versión"));
     addButton("Image7", "Image13", "Lbl_but7", QStringLiteral("Analizar PC"), QStringLiteral("scanpc"), cell(1, 0),
         [this] { Image13_Click(); });
     addButton("Image5", "Image14", "Lbl_but2", QStringLiteral("Analizar Dispositivo"), QStringLiteral("scandevice"),
         cell(2, 0), [this] { Image14_Click(); });
     addButton("Image4", "Image15", "Lbl_but3", QStringLiteral("Actualizar"), QStringLiteral("update"), cell(0, 1),
         [this] { Image15_Click(); });
-    addButton(
-        "Image3", "Image11", "Lbl_but4", QStringLiteral("Respaldos"), QStringLiteral("backups"), cell(1, 1), [] {});
+    addButton("Image3", "Image11", "Lbl_but4", QStringLiteral("Respaldos"), QStringLiteral("backups"), cell(1, 1),
+        nullptr, QStringLiteral("Los respaldos aún no están disponibles en esta versión"));
     addButton("Image8", "Image16", "Lbl_but5", QStringLiteral("Contraseñas"), QStringLiteral("passwords"), cell(2, 1),
         [this] { Image16_Click(); });
     addButton("Image10", "Image18", "Label2", QStringLiteral("Configuración"), QStringLiteral("settings"), cell(0, 2),
@@ -193,7 +195,7 @@ QLabel* Form1::addLabel(const char* name, const QString& text, const QRect& geom
 }
 
 void Form1::addButton(const char* hotZone, const char* lit, const char* captionName, const QString& caption,
-    const QString& icon, QPoint at, std::function<void()> click)
+    const QString& icon, QPoint at, std::function<void()> click, const QString& unavailable)
 {
     QLabel* zone = addLabel(hotZone, QString(), QRect(at, QSize(72, 72)));
     zone->setPixmap(QPixmap(QStringLiteral(":/panel/icons/%1.png").arg(icon)));
@@ -207,6 +209,14 @@ void Form1::addButton(const char* hotZone, const char* lit, const char* captionN
     QLabel* text = addLabel(captionName, caption, QRect(at.x() - 18, at.y() + 74, 108, 34), kCaptionStyle);
     text->setAlignment(Qt::AlignHCenter | Qt::AlignTop);
     text->setWordWrap(true);
+    if (!click) {
+        // A tool not yet built: greyed, never lit, and its tip says why.
+        for (QLabel* part : { zone, text }) {
+            part->setEnabled(false);
+            part->setToolTip(Translate(unavailable));
+        }
+        return;
+    }
     m_hotZones.insert(zone, upper);
     m_litImages << upper;
     m_clicks.insert(upper, std::move(click));

@@ -82,7 +82,7 @@ protected:
 private:
     QLabel* addLabel(const char* name, const QString& text, const QRect& geometry, const QString& style = QString());
     void addButton(const char* hotZone, const char* lit, const char* captionName, const QString& caption,
-        const QString& icon, QPoint at, std::function<void()> click);
+        const QString& icon, QPoint at, std::function<void()> click, const QString& unavailable = QString());
     void hideLitImages();
     void drawFigures(const PanelFigures& figures);
     void showEngineData();
