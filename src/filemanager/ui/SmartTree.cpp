@@ -86,10 +86,13 @@ void SmartTree::Expand(const QString& key)
     const QModelIndex index = m_model->indexOf(key);
     if (!index.isValid())
         return;
-    expand(index);
-    // A view not laid out yet (a form not shown) only notes the expansion: read now.
+    // Read before opening: rows inserted while the view lays out the node it is
+    // opening corrupt its list of items (AddressSanitizer caught a negative-size
+    // move with 100,000 rows), and a view not laid out yet (a form not shown)
+    // would only note the expansion.
     if (m_model->canFetchMore(index))
         m_model->fetchMore(index);
+    expand(index);
 }
 
 void SmartTree::Collapse(const QString& key)
@@ -107,12 +110,9 @@ bool SmartTree::IsExpanded(const QString& key) const
 
 void SmartTree::Reexpand(const QString& key)
 {
+    // Read while the node is closed (Expand reads first): replacing the rows of a
+    // node that the view is opening at that moment sends its layout round in circles.
     Collapse(key);
-    // Read while the node is closed: replacing the rows of a node that the view is
-    // opening at that moment sends its layout round in circles.
-    const QModelIndex index = m_model->indexOf(key);
-    if (index.isValid() && m_model->canFetchMore(index))
-        m_model->fetchMore(index);
     Expand(key);
 }
 
