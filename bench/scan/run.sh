@@ -9,24 +9,7 @@ if [[ "${1:-}" == "--small" ]]; then files=4000; mb=200; shift; fi
 build=${1:-$here/../../build}
 bin=$(cd "$build/bin" && pwd)
 sigs=$bin/sigs
-corpus=${VMK_BENCH_CORPUS:-${TMPDIR:-/tmp}/vmk-scan-corpus-$files}
-
-if [[ ! -f "$corpus/.complete" ]]; then
-  rm -rf "$corpus"
-  /usr/bin/python3 "$here/make_corpus.py" "$corpus" "$files" "$mb"
-  touch "$corpus/.complete"
-fi
-# Warm the page cache so that both tools read from memory alike.
-find "$corpus" -type f -exec cat {} + >/dev/null
-
-# Prints "wall user sys" seconds of the command (bash's own timer, no extra package).
-timed() {
-  local TIMEFORMAT='%R %U %S'
-  { time "$@" >/dev/null 2>&1 || true; } 2>&1
-}
-wall() { echo "$1" | awk '{print $1}'; }
-cpu() { echo "$1" | awk '{printf "%.2f", $2 + $3}'; }
-ratio() { awk -v a="$1" -v b="$2" 'BEGIN {printf "%.2f", a / b}'; }
+source "$here/corpus.sh"
 
 # clamscan with the same set: PUA signatures on, every alert reported, cache as it
 # ships (on) and off (our engine runs with it off).

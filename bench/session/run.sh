@@ -12,25 +12,11 @@ if [[ "${1:-}" == "--small" ]]; then files=4000; mb=200; shift; fi
 build=${1:-$here/../../build}
 bin=$(cd "$build/bin" && pwd)
 sigs=$bin/sigs
-corpus=${VMK_BENCH_CORPUS:-${TMPDIR:-/tmp}/vmk-scan-corpus-$files}
 [ -x "$bin/bench_session" ] || { echo "build bench_session first" >&2; exit 1; }
 
-# The same corpus as bench/scan, made once by its generator.
-if [[ ! -f "$corpus/.complete" ]]; then
-  rm -rf "$corpus"
-  /usr/bin/python3 "$here/../scan/make_corpus.py" "$corpus" "$files" "$mb"
-  touch "$corpus/.complete"
-fi
-# Warm the page cache so that every tool reads from memory alike.
-find "$corpus" -type f -exec cat {} + >/dev/null
+# The same corpus as bench/scan, and its timing helpers.
+source "$here/../scan/corpus.sh"
 echo "load: $(cut -d' ' -f1-3 /proc/loadavg)"
-
-timed() {
-  local TIMEFORMAT='%R %U %S'
-  { time "$@" >/dev/null 2>&1 || true; } 2>&1
-}
-wall() { echo "$1" | awk '{print $1}'; }
-ratio() { awk -v a="$1" -v b="$2" 'BEGIN {printf "%.2f", a / b}'; }
 
 t_clam=$(timed clamscan --no-summary -r -d "$sigs" --detect-pua=yes --allmatch "$corpus")
 t_vmk2=$(timed "$bin/vmk" scan --db "$sigs" --jobs 2 "$corpus")
