@@ -334,6 +334,7 @@ TEST_F(BackTreeTest, Pictures)
     tick("C:\\Datos\\", true);
     tree.Expand("C:\\Datos\\");
     tick("C:\\Datos\\tmp\\", false);
+    tree.Expand("C:\\Otros\\");
     tick("C:\\Otros\\o.txt", true);
     tree.SelectKey("C:\\Datos\\tmp\\");
     grab(dir + "/backup-selection.png");
