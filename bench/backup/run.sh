@@ -15,23 +15,7 @@ work=$(mktemp -d "${TMPDIR:-/tmp}/vmk-bench-backup.XXXXXX")
 server=""
 trap '[ -n "$server" ] && kill "$server" 2>/dev/null; rm -rf "$work"' EXIT
 
-now() { date +%s.%N; }
-timed() {
-  local s e
-  sync
-  s=$(now); "$@" >/dev/null; e=$(now)
-  echo "$e - $s" | bc -l
-}
-min() { if [ -z "$1" ] || [ "$(echo "$2 < $1" | bc -l)" = 1 ]; then echo "$2"; else echo "$1"; fi; }
-race() {
-  local a="" b="" t
-  for _ in 1 2 3; do
-    t=$(timed sh -c "$1"); a=$(min "$a" "$t")
-    t=$(timed sh -c "$2"); b=$(min "$b" "$t")
-  done
-  OURS=$(printf '%.3f' "$a"); REF=$(printf '%.3f' "$b")
-}
-ratio() { printf '%.2f' "$(echo "$1 / $2" | bc -l)"; }
+source bench/stages/race.sh
 # The files of an archive (Info-ZIP's folder entries left out).
 files_in() { unzip -Z1 "$1" | grep -vc '/$'; }
 
