@@ -36,8 +36,6 @@ QString words(int reasonCode)
         return QStringLiteral("Socket: no se lee");
     case SkipDevice:
         return QStringLiteral("Dispositivo: no se lee");
-    case SkipFolderLink:
-        return QStringLiteral("Enlace a una carpeta: no se entra");
     default:
         return {};
     }

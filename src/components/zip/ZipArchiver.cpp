@@ -574,8 +574,6 @@ void ZipArchiver::walkLine(const QString& line, QList<PlannedFile>& out, Run& ru
                 return;
             if (e.kind == EntryKind::Folder)
                 walk(e.nativePath, folder + '\\' + e.name);
-            else if (e.kind == EntryKind::Junction)
-                skipUnreadable(folder + '\\' + e.name, SkipFolderLink, run);
         }
     };
     walk(found->nativePath, base);

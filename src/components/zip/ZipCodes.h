@@ -34,7 +34,6 @@ enum ZipSkipReason : int {
     SkipFifo = 127, // a named pipe: never read
     SkipSocket = 128, // a socket: never read
     SkipDevice = 129, // a character or block device: never read
-    SkipFolderLink = 130, // a link to a folder, or another filesystem's mount, met below a folder: never entered
 };
 
 // Compression method numbers as the settings give them.
