@@ -48,7 +48,7 @@ echo "== FTP upload of the archive to pyftpdlib on 127.0.0.1: vmk ftp put vs cur
 mkdir -p "$work/ftproot"
 printf 's3cret\n' > "$work/pass"
 python3=/usr/bin/python3
-"$python3" tests/data/ftp/ftp_server.py --root "$work/ftproot" > "$work/port" &
+"$python3" tests/data/ftp/ftp_server.py --root "$work/ftproot" > "$work/port" 2> "$work/server.log" &
 server=$!
 for _ in $(seq 1 100); do [ -s "$work/port" ] && break; sleep 0.1; done
 port=$(head -n1 "$work/port")
