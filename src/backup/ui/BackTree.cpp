@@ -18,6 +18,7 @@
 #include "foundation/ui/ApplyLanguage.h"
 
 #include <QCloseEvent>
+#include <QFrame>
 #include <QGuiApplication>
 #include <QHBoxLayout>
 #include <QLabel>
@@ -104,6 +105,18 @@ BackTree::BackTree(QWidget* parent)
 }
 
 BackTree::~BackTree() = default;
+
+QWidget* MakeEmptyPanel(BackTree& form, const char* name)
+{
+    auto* frame = new QFrame;
+    frame->setObjectName(QLatin1String(name));
+    auto* close = new QPushButton(QStringLiteral("Cerrar"), frame);
+    QObject::connect(close, &QPushButton::clicked, &form, [&form] { form.ShowPanels({ BackTree::Panel::Frame3 }); });
+    auto* layout = new QVBoxLayout(frame);
+    layout->addStretch();
+    layout->addWidget(close, 0, Qt::AlignRight);
+    return frame;
+}
 
 QPushButton* BackTree::addButton(const char* name, const QString& caption)
 {

@@ -17,4 +17,8 @@ QWidget* MakeFrame1(BackTree& form); // the archives on the device
 QWidget* MakeFrame5(BackTree& form); // restoring from one archive
 QWidget* MakeFrame4(BackTree& form); // the remote store
 
+// What a panel is until its own class is plugged in: an empty frame named `name`
+// with a way back to the selection.
+QWidget* MakeEmptyPanel(BackTree& form, const char* name);
+
 } // namespace vmk
