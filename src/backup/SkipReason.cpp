@@ -33,6 +33,8 @@ QString SkipReason(int reasonCode)
         return QStringLiteral("Socket: no se lee");
     case SkipDevice:
         return QStringLiteral("Dispositivo: no se lee");
+    case SkipDriveMissing:
+        return QStringLiteral("Su unidad no está presente");
     default:
         return QStringLiteral("Omitido") + QStringLiteral(" (") + QString::number(reasonCode) + u')';
     }

@@ -1,15 +1,26 @@
+#include "backup/ui/ArchivesPanel.h"
+#include "backup/ui/BackTree.h"
 #include "backup/ui/BackTreePanels.h"
-
-#include <QFrame>
+#include "backup/ui/RestorePanel.h"
 
 namespace vmk
 {
 
-// Until its own class is plugged in here, Frame1 (the archives on the device) is an empty frame.
-QWidget* MakeFrame1(BackTree& /*form*/)
+// Frame1, the archives on the device: read anew each time it comes into view; its
+// RestorFiles item lists the archive in Frame5 and shows that panel alone.
+QWidget* MakeFrame1(BackTree& form)
 {
-    auto* frame = new QFrame;
-    frame->setObjectName(QStringLiteral("Frame1"));
+    auto* frame = new ArchivesPanel;
+    QObject::connect(&form, &BackTree::ArchivesShown, frame, &ArchivesPanel::FillArchives);
+    QObject::connect(&form, &BackTree::ServerShown, frame, &ArchivesPanel::FillArchives);
+    QObject::connect(
+        frame, &ArchivesPanel::RestorFilesChosen, &form, [&form](const QString& archiveKey, const QString& caption) {
+            auto* restore = qobject_cast<RestorePanel*>(form.panel(BackTree::Panel::Frame5));
+            if (!restore)
+                return;
+            form.ShowPanels({ BackTree::Panel::Frame5 });
+            restore->RestorFiles_Click(archiveKey, caption);
+        });
     return frame;
 }
 
