@@ -157,11 +157,16 @@ public:
     qint64 doneBytes = 0;
     int lastPercent = -1;
 
+    // Extraction counts a skip on screen at once, as it counts a file written.
+    bool statusOnSkip = false;
+
     void skip(const QString& name, int reason)
     {
         ++skipped;
         if (m_owner.m_events.skippingFile)
             m_owner.m_events.skippingFile(name, reason);
+        if (statusOnSkip)
+            status();
     }
 
     void status()
@@ -849,6 +854,7 @@ int ZipArchiver::extract()
     };
 
     Run run(*this);
+    run.statusOnSkip = true;
     QList<Entry> entries;
     for (const Entry& e : all) {
         if (!anyMatch(process, e.name) || anyMatch(exclude, e.name))
