@@ -110,7 +110,7 @@ ArchiveRestore::Outcome ArchiveRestore::Restore(
             owners(name, reason);
     };
     outcome.result = m_zip.extract();
-    // An abort cancels the entry being written; those before it stay written.
+    // After an abort the last entry begun is not counted: it may have been cancelled half-way.
     if (pending && outcome.result != zip::ZipAborted)
         outcome.restored << *pending;
     return outcome;
