@@ -1,7 +1,9 @@
 #include "backup/ArchiveRestore.h"
+#include "backup/BackupRun.h"
 #include "backup/RestoreRow.h"
 #include "components/zip/ZipArchiver.h"
 #include "components/zip/ZipCodes.h"
+#include "foundation/Settings.h"
 #include "platform/NativeName.h"
 
 #include "RestoreArchives.h"
@@ -326,4 +328,48 @@ TEST(ArchiveRestore, DamagedOrCutArchivesAreRefusedAndNamed)
     EXPECT_EQ(refusalsOf(o), QStringList({ QString("C:\\Datos\\big.txt %1").arg(zip::SkipDamagedEntry) }));
     EXPECT_TRUE(o.restored.isEmpty());
     EXPECT_EQ(QDir(f.datos).entryList({ "big*" }, QDir::AllEntries | QDir::Hidden).size(), 0);
+}
+
+TEST(ArchiveRestore, WhatTheBackupRunSavedComesBackWhole)
+{
+    RestoreFixture f;
+    writeFile(f.datos + "/fuera/no.txt", "excepted");
+    ASSERT_TRUE(QFile::link(f.datos + "/nowhere", f.datos + "/dangling"));
+    const QString oldScan = S().ScanBeforeBackup;
+    const int oldMethod = S().BCompAlgorithm;
+    S().ScanBeforeBackup = "0";
+    S().BCompAlgorithm = 0; // bzip2
+    zip::ZipArchiver zip;
+    QStringList skippedAtBackup;
+    zip.events().skippingFile = [&](const QString& name, int) { skippedAtBackup << name; };
+    BackupRun run(zip);
+    const BackupRun::Outcome made = run.Run({ "C:\\Datos\\" }, { "C:\\Datos\\fuera\\" }, "E:\\Respaldos\\", {});
+    S().ScanBeforeBackup = oldScan;
+    S().BCompAlgorithm = oldMethod;
+    ASSERT_EQ(made.failure, BackupRun::Failure::None) << made.result;
+    EXPECT_EQ(skippedAtBackup, QStringList({ "C:\\Datos\\dangling" }));
+
+    ArchiveRestore restore(zip);
+    QList<RestoreRow> rows;
+    ASSERT_EQ(restore.ListArchive(made.archive, rows), zip::ZipOk);
+    ASSERT_EQ(rows.size(), 6);
+    // Python's zipfile reads the run's archive whole as well.
+    EXPECT_EQ(runProgram("/usr/bin/python3",
+                  { "-c",
+                      "import sys,zipfile; z=zipfile.ZipFile(sys.argv[1]); "
+                      "sys.exit(0 if len(z.namelist())==6 and z.testzip() is None else 1)",
+                      DriveMap::instance().toNative(made.archive) }),
+        0);
+    removeTree(f.datos);
+    const ArchiveRestore::Outcome o = restore.Restore(made.archive, keysOf(rows), QString());
+    EXPECT_EQ(o.result, zip::ZipOk);
+    EXPECT_TRUE(o.refused.isEmpty()) << refusalsOf(o).join(", ").toStdString();
+    EXPECT_EQ(readFile(f.datos + "/a.txt"), "first a");
+    EXPECT_EQ(readFile(f.datos + "/sub/a.txt"), "second a");
+    EXPECT_EQ(readFile(f.datos + "/Read.txt"), "upper");
+    EXPECT_EQ(readFile(f.datos + "/read.txt"), "lower");
+    EXPECT_EQ(readFile(f.datos + "/quo\"te*.txt"), "odd");
+    EXPECT_EQ(readRaw(QFile::encodeName(f.datos) + "/" + kLatin1Name), "latin-1");
+    EXPECT_FALSE(QFileInfo::exists(f.datos + "/fuera"));
+    EXPECT_FALSE(QFileInfo(f.datos + "/dangling").isSymLink());
 }
