@@ -133,3 +133,36 @@ TEST(VmkRestore, HostileAndDamagedArchives)
     EXPECT_TRUE(r.err.contains("missing.zip")) << r.err.toStdString();
     removeTree(base.path());
 }
+
+TEST(VmkRestore, WhatVmkBackupSavedComesBackToTheHostItCameFrom)
+{
+    // No test mapping: C: is "/", as on a real host, and the device is a folder.
+    QTemporaryDir dir;
+    const QString root = QDir(dir.path()).canonicalPath();
+    const QString datos = root + "/host/Datos";
+    ASSERT_TRUE(writeFile(datos + "/a.txt", "a"));
+    ASSERT_TRUE(writeFile(datos + "/sub/A.txt", "upper A"));
+    ASSERT_TRUE(writeRaw(QFile::encodeName(datos) + "/se\xf1" + "al.txt", "latin-1"));
+    const QString datosLogical = "C:" + QString(datos).replace(u'/', u'\\') + "\\";
+    ASSERT_TRUE(writeFile(root + "/sel.txt", "[Add]\r\n" + datosLogical.toUtf8() + "\r\n[Exclude]\r\n"));
+    ASSERT_TRUE(QDir().mkpath(root + "/dev/VMK"));
+    ASSERT_TRUE(QDir().mkpath(root + "/dev/Respaldos"));
+    QByteArray settings;
+    for (const auto& [key, value] : { std::pair { "#ScanBeforeBackup", "0" },
+             std::pair { "#BackupsFolder", "\\Respaldos\\" }, std::pair { "#BCompAlgorithm", "2" } })
+        settings += QByteArray(key) + "=" + runVmk({ "seal", value }).out.trimmed().toUtf8() + "\r\n";
+    ASSERT_TRUE(writeFile(root + "/dev/VMK/VMK.cnf", settings));
+    const QStringList device = { "--program-folder", root + "/dev/VMK", "--device", root + "/dev" };
+    VmkRun r = runVmk(QStringList { "backup", root + "/sel.txt" } + device);
+    ASSERT_EQ(r.code, 0) << r.err.toStdString();
+    const QString archive = r.out.trimmed();
+
+    removeTree(datos);
+    r = runVmk(QStringList { "restore", archive } + device);
+    EXPECT_EQ(r.code, 0) << r.err.toStdString();
+    EXPECT_TRUE(r.out.contains("3 of 3 entries restored, 0 refused.")) << r.out.toStdString();
+    EXPECT_EQ(readFile(datos + "/a.txt"), "a");
+    EXPECT_EQ(readFile(datos + "/sub/A.txt"), "upper A");
+    EXPECT_EQ(readRaw(QFile::encodeName(datos) + "/se\xf1" + "al.txt"), "latin-1");
+    removeTree(root);
+}
