@@ -12,28 +12,7 @@ bin=${1:-build}/bin
 work=$(mktemp -d "${TMPDIR:-/tmp}/vmk-bench-stages.XXXXXX")
 trap 'rm -rf "$work"' EXIT
 
-now() { date +%s.%N; }
-# One timed run, in seconds. Dirty pages of earlier runs are flushed first, so
-# every run starts from the same page-cache state: a gigabyte written by the
-# previous run would otherwise throttle whichever tool comes next.
-timed() {
-  local s e
-  sync
-  s=$(now); "$@" >/dev/null; e=$(now)
-  echo "$e - $s" | bc -l
-}
-min() { if [ -z "$1" ] || [ "$(echo "$2 < $1" | bc -l)" = 1 ]; then echo "$2"; else echo "$1"; fi; }
-# Ours and the reference alternately, three times each; the best time of each.
-# Sets OURS and REF. Usage: race "ours command" "reference command"
-race() {
-  local a="" b="" t
-  for _ in 1 2 3; do
-    t=$(timed sh -c "$1"); a=$(min "$a" "$t")
-    t=$(timed sh -c "$2"); b=$(min "$b" "$t")
-  done
-  OURS=$(printf '%.3f' "$a"); REF=$(printf '%.3f' "$b")
-}
-ratio() { printf '%.2f' "$(echo "$1 / $2" | bc -l)"; }
+source bench/stages/race.sh
 
 # Every core matters here (the deflate runs on all of them): note the load.
 echo "load average at start: $(cut -d' ' -f1-3 /proc/loadavg), $(nproc) cores"
@@ -55,21 +34,8 @@ rm -f "$work"/big.*
 
 echo "== 200 MB mixed tree: zip component deflate 9 vs zip -9 -r"
 tree="$work/tree"
-mkdir -p "$tree"
-# About 200 MB: text (headers), binaries (shared libraries) and incompressible data.
-size_mb() { du -sm "$tree" | cut -f1; }
-mkdir -p "$tree/include" "$tree/lib" "$tree/random"
-for d in /usr/include/*; do
-  cp -r "$d" "$tree/include/" 2>/dev/null || true
-  [ "$(size_mb)" -ge 90 ] && break
-done
-for f in /usr/lib/x86_64-linux-gnu/*.so*; do
-  [ -f "$f" ] || continue
-  cp -L "$f" "$tree/lib/" 2>/dev/null || true
-  [ "$(size_mb)" -ge 180 ] && break
-done
-for i in $(seq 1 20); do head -c 1048576 /dev/urandom > "$tree/random/r$i.bin"; done
-echo "tree: $(du -sm "$tree" | cut -f1) MB, $(find "$tree" -type f | wc -l) files"
+source bench/stages/mixed-tree.sh
+mixed_tree "$tree"
 cat $(find "$tree" -type f) > /dev/null 2>&1 || true
 race "'$bin/bench_zip_tree' '$tree' '$work/ours.zip'" "cd '$tree' && rm -f '$work/ref.zip' && zip -9 -r -q '$work/ref.zip' ."
 ours_zip=$OURS ref_zip=$REF

@@ -8,8 +8,10 @@
 #include "foundation/Translate.h"
 
 #include <QAction>
+#include <QHBoxLayout>
 #include <QLabel>
 #include <QMenu>
+#include <QPushButton>
 #include <QVBoxLayout>
 
 namespace vmk
@@ -19,6 +21,8 @@ ArchivesPanel::ArchivesPanel(QWidget* parent)
     : QFrame(parent)
     , m_smartUI1(new SmartTree(TreeOptions::SmartUI1(), this))
     , m_menu(new QMenu(this))
+    , m_image10(new QPushButton(QStringLiteral("Servidor"), this))
+    , m_back(new QPushButton(QStringLiteral("Regresar"), this))
 {
     setObjectName(QStringLiteral("Frame1"));
     auto* caption = new QLabel(QStringLiteral("Lista de respaldos"), this);
@@ -32,14 +36,23 @@ ArchivesPanel::ArchivesPanel(QWidget* parent)
     m_delete->setObjectName(QStringLiteral("Delete"));
     m_unpload = m_menu->addAction(QStringLiteral("Subir a Servidor"));
     m_unpload->setObjectName(QStringLiteral("Unpload"));
+    m_image10->setObjectName(QStringLiteral("Image10"));
+    m_back->setObjectName(QStringLiteral("BackToSelection"));
     auto* layout = new QVBoxLayout(this);
     layout->addWidget(caption);
     layout->addWidget(m_smartUI1);
+    auto* buttons = new QHBoxLayout;
+    buttons->addStretch();
+    buttons->addWidget(m_image10);
+    buttons->addWidget(m_back);
+    layout->addLayout(buttons);
 
     connect(m_smartUI1, &QWidget::customContextMenuRequested, this, &ArchivesPanel::popupMenu);
     connect(m_restorFiles, &QAction::triggered, this, [this] { chosen(&ArchivesPanel::RestorFilesChosen); });
     connect(m_delete, &QAction::triggered, this, [this] { chosen(&ArchivesPanel::DeleteChosen); });
     connect(m_unpload, &QAction::triggered, this, [this] { chosen(&ArchivesPanel::UnploadChosen); });
+    connect(m_image10, &QPushButton::clicked, this, &ArchivesPanel::ServerRequested);
+    connect(m_back, &QPushButton::clicked, this, &ArchivesPanel::BackRequested);
 }
 
 QString ArchivesPanel::BackupsFolderKey()

@@ -5,6 +5,7 @@
 
 class QAction;
 class QMenu;
+class QPushButton;
 
 namespace vmk
 {
@@ -12,8 +13,9 @@ namespace vmk
 class SmartTree;
 
 // BackTree's panel of archives (Frame1): the tree SmartUI1 over the backups folder
-// of the device, and its popup `menu` with RestorFiles, Delete and Unpload. The
-// panel only says which archive a menu item is for; BackTree acts on it.
+// of the device, its popup `menu` with RestorFiles, Delete and Unpload, Image10
+// "Servidor" and a way back to the selection. The panel only says what was asked
+// and for which archive; BackTree acts on it.
 class ArchivesPanel : public QFrame
 {
     Q_OBJECT
@@ -25,6 +27,8 @@ public:
     QAction* RestorFiles() const { return m_restorFiles; }
     QAction* Delete() const { return m_delete; }
     QAction* Unpload() const { return m_unpload; }
+    QPushButton* Image10() const { return m_image10; }
+    QPushButton* BackToSelection() const { return m_back; }
 
     // Clears SmartUI1 and fills it with the backups folder: ProgramDrive followed
     // by #BackupsFolder.
@@ -37,6 +41,10 @@ signals:
     void RestorFilesChosen(const QString& archiveKey, const QString& caption);
     void DeleteChosen(const QString& archiveKey, const QString& caption);
     void UnploadChosen(const QString& archiveKey, const QString& caption);
+    // Image10: the archives and the remote store side by side.
+    void ServerRequested();
+    // Back to the selection (Frame3).
+    void BackRequested();
 
 private:
     void popupMenu(const QPoint& at);
@@ -47,6 +55,8 @@ private:
     QAction* m_restorFiles;
     QAction* m_delete;
     QAction* m_unpload;
+    QPushButton* m_image10;
+    QPushButton* m_back;
     QString m_rootKey;
 };
 

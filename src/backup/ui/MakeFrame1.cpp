@@ -7,7 +7,8 @@ namespace vmk
 {
 
 // Frame1, the archives on the device: read anew each time it comes into view; its
-// RestorFiles item lists the archive in Frame5 and shows that panel alone.
+// RestorFiles item lists the archive in Frame5 and shows that panel alone; Image10
+// is the selection's "Servidor"; its last button goes back to the selection.
 QWidget* MakeFrame1(BackTree& form)
 {
     auto* frame = new ArchivesPanel;
@@ -21,6 +22,9 @@ QWidget* MakeFrame1(BackTree& form)
             form.ShowPanels({ BackTree::Panel::Frame5 });
             restore->RestorFiles_Click(archiveKey, caption);
         });
+    QObject::connect(frame, &ArchivesPanel::ServerRequested, &form, &BackTree::Image2_Click);
+    QObject::connect(
+        frame, &ArchivesPanel::BackRequested, &form, [&form] { form.ShowPanels({ BackTree::Panel::Frame3 }); });
     return frame;
 }
 

@@ -9,9 +9,9 @@
 #include "foundation/Globals.h"
 #include "foundation/Settings.h"
 
+#include "BackupDevice.h"
 #include "EngineTestSupport.h"
 #include "TestSupport.h"
-#include "TreeDrives.h"
 
 #include <QApplication>
 #include <QDir>
@@ -41,11 +41,7 @@ class BackTreeTest : public ::testing::Test
 protected:
     void SetUp() override
     {
-        m_saved = S();
-        S().BackupsFolder = QStringLiteral("\\Respaldos\\");
-        S().BCompAlgorithm = 2;
-        S().ScanBeforeBackup = QStringLiteral("0");
-        ASSERT_TRUE(QDir().mkpath(m_drives.device() + "/Respaldos"));
+        ASSERT_TRUE(QFileInfo(m_drives.backups()).isDir());
         for (const char* f : { "Datos/a.txt", "Datos/b.txt", "Datos/tmp/t.txt", "Datos/fotos/x.jpg", "Otros/o.txt" })
             ASSERT_TRUE(writeFile(m_drives.host() + "/" + f, QByteArray(f).repeated(300)));
         ASSERT_EQ(::symlink("nowhere", QFile::encodeName(m_drives.host() + "/Datos/dangle").constData()), 0);
@@ -53,12 +49,7 @@ protected:
         m_form->Form_Load();
         m_form->show();
     }
-    void TearDown() override
-    {
-        m_form.reset();
-        S() = m_saved;
-        G().EngineLoaded = false;
-    }
+    void TearDown() override { m_form.reset(); }
     FileTreeModel& model() { return *m_form->SmartDataTree()->treeModel(); }
     // A user's tick: the check box of the node.
     void tick(const QString& key, bool checked)
@@ -69,7 +60,7 @@ protected:
     }
     bool ticked(const QString& key) { return model().checked(key) == Qt::Checked; }
     bool visible(const char* button) { return m_form->button(button)->isVisible(); }
-    QStringList archives() { return QDir(m_drives.device() + "/Respaldos").entryList(QDir::Files); }
+    QStringList archives() { return QDir(m_drives.backups()).entryList(QDir::Files); }
     // Answers the next modal picker: `fill` sets it up, then Aceptar.
     template<typename Picker> void answerPicker(std::function<void(Picker&)> fill)
     {
@@ -81,8 +72,7 @@ protected:
         });
     }
 
-    TreeDrives m_drives;
-    SettingsValues m_saved;
+    BackupDevice m_drives;
     std::unique_ptr<BackTree> m_form;
 };
 } // namespace
@@ -148,15 +138,16 @@ TEST_F(BackTreeTest, TheSelectionIsSavedAndLoadedThroughThePickers)
         QByteArray("[Add]\r\nC:\\Datos\\\r\nC:\\Otros\\\r\n[Exclude]\r\nC:\\Datos\\tmp\\\r\n"));
 
     // Abrir in a fresh form: Form5 picks the file; what is gone by then is dropped.
-    ASSERT_TRUE(QDir(m_drives.host() + "/Datos/tmp").removeRecursively());
-    m_form->Form_Load();
-    EXPECT_TRUE(m_form->selection().ListAdd().isEmpty());
-    answerPicker<Form5>([](Form5& picker) {
+    const std::function<void(Form5&)> pickSelection = [](Form5& picker) {
         picker.tree()->Expand("C:\\");
         picker.tree()->Expand("C:\\Otros\\");
         ASSERT_TRUE(picker.tree()->SelectKey("C:\\Otros\\sel.txt"));
         picker.Text1()->setText("sel.txt");
-    });
+    };
+    ASSERT_TRUE(QDir(m_drives.host() + "/Datos/tmp").removeRecursively());
+    m_form->Form_Load();
+    EXPECT_TRUE(m_form->selection().ListAdd().isEmpty());
+    answerPicker<Form5>(pickSelection);
     m_form->Image12_Click();
     EXPECT_EQ(m_form->selection().ListAdd(), QStringList({ "C:\\Datos\\", "C:\\Otros\\" }));
     EXPECT_TRUE(m_form->selection().ListExc().isEmpty());
@@ -165,12 +156,7 @@ TEST_F(BackTreeTest, TheSelectionIsSavedAndLoadedThroughThePickers)
     EXPECT_TRUE(ticked("C:\\Datos\\"));
     EXPECT_FALSE(ticked("C:\\Datos2\\") || ticked("C:\\Escritorio\\"));
     // A load adds to the lists as they stand.
-    answerPicker<Form5>([](Form5& picker) {
-        picker.tree()->Expand("C:\\");
-        picker.tree()->Expand("C:\\Otros\\");
-        ASSERT_TRUE(picker.tree()->SelectKey("C:\\Otros\\sel.txt"));
-        picker.Text1()->setText("sel.txt");
-    });
+    answerPicker<Form5>(pickSelection);
     m_form->Image12_Click();
     EXPECT_EQ(m_form->selection().ListAdd().size(), 4);
     EXPECT_TRUE(messages.texts.isEmpty());
@@ -248,7 +234,7 @@ TEST_F(BackTreeTest, ARunShowsItsStagesInOrderAndEndsWithGuardarAndTerminar)
     // The backups folder is gone: the message, and Guardar and Terminar come back.
     e.globalStatus = status;
     messages.texts.clear();
-    ASSERT_TRUE(QDir(m_drives.device() + "/Respaldos").removeRecursively());
+    ASSERT_TRUE(QDir(m_drives.backups()).removeRecursively());
     m_form->Image11_Click();
     EXPECT_EQ(messages.texts, QStringList { "¡La carpeta de respaldos no existe!" });
     EXPECT_TRUE(m_form->isShown(BackTree::Panel::Frame2));
@@ -334,6 +320,7 @@ TEST_F(BackTreeTest, Pictures)
     tick("C:\\Datos\\", true);
     tree.Expand("C:\\Datos\\");
     tick("C:\\Datos\\tmp\\", false);
+    tree.Expand("C:\\Otros\\");
     tick("C:\\Otros\\o.txt", true);
     tree.SelectKey("C:\\Datos\\tmp\\");
     grab(dir + "/backup-selection.png");

@@ -280,4 +280,13 @@ TEST(RestorePanels, BackTreeShowsARestoreOnTheRunPanelInRestoreMode)
     EXPECT_TRUE(form.isShown(BackTree::Panel::Frame1));
     EXPECT_FALSE(form.isShown(BackTree::Panel::Frame5));
     EXPECT_FALSE(frame5->Check1()->isVisible());
+
+    // From the archives: Image10 puts the remote store beside them; the last button
+    // goes back to the selection.
+    QTest::mouseClick(frame1->Image10(), Qt::LeftButton);
+    EXPECT_TRUE(form.isShown(BackTree::Panel::Frame1) && form.isShown(BackTree::Panel::Frame4));
+    QTest::mouseClick(frame1->BackToSelection(), Qt::LeftButton);
+    EXPECT_TRUE(form.isShown(BackTree::Panel::Frame3));
+    EXPECT_FALSE(form.isShown(BackTree::Panel::Frame1));
+    EXPECT_FALSE(form.isShown(BackTree::Panel::Frame4));
 }
