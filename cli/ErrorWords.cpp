@@ -94,6 +94,10 @@ QString zipSkip(int skipReason)
         return QStringLiteral("nombre repetido: no se sobrescribe");
     case vmk::zip::SkipDestinationFailed:
         return QStringLiteral("no se puede escribir");
+    case vmk::zip::SkipLinkInTarget:
+        return QStringLiteral("hay un enlace en su camino: no se sigue");
+    case vmk::zip::SkipDriveMissing:
+        return QStringLiteral("su unidad no está presente");
     default:
         return QStringLiteral("se omitió");
     }

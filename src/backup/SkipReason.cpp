@@ -36,6 +36,8 @@ QString words(int reasonCode)
         return QStringLiteral("Socket: no se lee");
     case SkipDevice:
         return QStringLiteral("Dispositivo: no se lee");
+    case SkipDriveMissing:
+        return QStringLiteral("Su unidad no está presente");
     default:
         return {};
     }

@@ -36,6 +36,8 @@ void FileTreeModel::FillRoots()
     if (m_rootsFilled)
         return;
     m_rootsFilled = true;
+    if (m_options.roots == TreeOptions::Roots::Folder)
+        return; // the form adds its folder with AddFolderRoot
     if (m_options.roots == TreeOptions::Roots::Device) {
         const QString drive = G().ProgramDrive;
         if (drive.isEmpty())
@@ -47,6 +49,12 @@ void FileTreeModel::FillRoots()
     }
     addRoot(nullptr, TreeKey::host(), Translate(QStringLiteral("Equipo huesped")), TreeNode::Kind::HostRoot);
     FillHostRoots();
+}
+
+void FileTreeModel::AddFolderRoot(const QString& folderKey, const QString& text)
+{
+    if (TreeNode* root = addRoot(nullptr, folderKey, text, TreeNode::Kind::DeviceRoot))
+        root->placeholder = rootTest(root->key);
 }
 
 void FileTreeModel::FillHostRoots()

@@ -40,6 +40,9 @@ public:
     // The roots the options name: "|HOST|" and FillHostRoots (with "*Memory*" first
     // for the scanner), or the device root. Runs once; later calls do nothing.
     void FillRoots();
+    // The root of a Folder tree: the folder key (ending in "\") captioned `text`.
+    // A second call with the same key does nothing.
+    void AddFolderRoot(const QString& folderKey, const QString& text);
     // Adds the desktop, the documents and every drive under "|HOST|", each with an
     // expand mark when the root test says it holds something.
     void FillHostRoots();

@@ -10,6 +10,7 @@ struct TreeOptions {
         Host, // "|HOST|" with the desktop, the documents and the drives
         HostWithMemory, // the same with "*Memory*" first (the scanner)
         Device, // the program drive's root alone
+        Folder, // one folder of the form's choosing (FileTreeModel::AddFolderRoot)
     };
     enum class Test {
         Entries, // FolderHasEntries: anything but "." and ".."
@@ -46,6 +47,8 @@ struct TreeOptions {
     }
     static TreeOptions Form4() { return { Roots::Host, true, false, Test::Entries, Test::Subfolders, false, false }; }
     static TreeOptions Form5() { return { Roots::Host, false, false, Test::Entries, Test::Entries, false, false }; }
+    // BackTree: SmartUI1, the archives of the backups folder.
+    static TreeOptions SmartUI1() { return { Roots::Folder, false, true, Test::Entries, Test::Entries, false, false }; }
     static TreeOptions Form6() { return { Roots::Device, true, false, Test::Entries, Test::Subfolders, false, false }; }
 };
 

@@ -1,12 +1,31 @@
+#include "backup/ui/ArchivesPanel.h"
+#include "backup/ui/BackTree.h"
 #include "backup/ui/BackTreePanels.h"
+#include "backup/ui/RestorePanel.h"
 
 namespace vmk
 {
 
-// Frame1: the archives on the device.
+// Frame1, the archives on the device: read anew each time it comes into view; its
+// RestorFiles item lists the archive in Frame5 and shows that panel alone; Image10
+// is the selection's "Servidor"; its last button goes back to the selection.
 QWidget* MakeFrame1(BackTree& form)
 {
-    return MakeEmptyPanel(form, "Frame1");
+    auto* frame = new ArchivesPanel;
+    QObject::connect(&form, &BackTree::ArchivesShown, frame, &ArchivesPanel::FillArchives);
+    QObject::connect(&form, &BackTree::ServerShown, frame, &ArchivesPanel::FillArchives);
+    QObject::connect(
+        frame, &ArchivesPanel::RestorFilesChosen, &form, [&form](const QString& archiveKey, const QString& caption) {
+            auto* restore = qobject_cast<RestorePanel*>(form.panel(BackTree::Panel::Frame5));
+            if (!restore)
+                return;
+            form.ShowPanels({ BackTree::Panel::Frame5 });
+            restore->RestorFiles_Click(archiveKey, caption);
+        });
+    QObject::connect(frame, &ArchivesPanel::ServerRequested, &form, &BackTree::Image2_Click);
+    QObject::connect(
+        frame, &ArchivesPanel::BackRequested, &form, [&form] { form.ShowPanels({ BackTree::Panel::Frame3 }); });
+    return frame;
 }
 
 } // namespace vmk

@@ -165,11 +165,16 @@ public:
     qint64 doneBytes = 0;
     int lastPercent = -1;
 
+    // Extraction counts a skip on screen at once, as it counts a file written.
+    bool statusOnSkip = false;
+
     void skip(const QString& name, int reason)
     {
         ++skipped;
         if (m_owner.m_events.skippingFile)
             m_owner.m_events.skippingFile(name, reason);
+        if (statusOnSkip)
+            status();
     }
 
     void status()
@@ -860,6 +865,7 @@ int ZipArchiver::extract()
     };
 
     Run run(*this);
+    run.statusOnSkip = true;
     QList<Entry> entries;
     for (const Entry& e : all) {
         if (!anyMatch(process, e.name) || anyMatch(exclude, e.name))
@@ -927,20 +933,29 @@ int ZipArchiver::extract()
             return finish(ZipAborted);
         const bool isFolder = e.name.endsWith('\\');
         const QString name = isFolder ? e.name.chopped(1) : e.name;
-        // Names that climb out with ".." are never written; a name with its own
-        // drive is refused when the user chose a folder, since it would leave it.
-        if (name.isEmpty() || ZipPaths::hasParentStep(name)
-            || (ZipPaths::isRooted(name) && !m_extractFolder.isEmpty())) {
+        // Names that climb out with ".." are never written.
+        if (name.isEmpty() || ZipPaths::hasParentStep(name)) {
             run.skip(e.name, SkipUnsafeName);
             continue;
         }
-        QString destination = ZipPaths::isRooted(name) ? name : baseFolder + '\\' + name;
+        const QString proposed = ZipPaths::isRooted(name) ? name : baseFolder + '\\' + name;
+        QString destination = proposed;
         if (m_events.unzipPreprocessingFile)
             m_events.unzipPreprocessingFile(e.name, destination);
+        // A name with its own root would leave the folder the user chose, unless
+        // the owner placed it inside that folder.
+        const bool leavesFolder = ZipPaths::isRooted(name) && !m_extractFolder.isEmpty() && destination == proposed;
         const std::optional<Confinement> place
-            = destination.isEmpty() || ZipPaths::hasParentStep(destination) ? std::nullopt : confine(destination);
+            = leavesFolder || destination.isEmpty() || ZipPaths::hasParentStep(destination) ? std::nullopt
+                                                                                            : confine(destination);
         if (!place) {
             run.skip(e.name, SkipUnsafeName);
+            continue;
+        }
+        // A name that goes back to its own drive when that drive is not here is
+        // reported; it is never written anywhere else.
+        if (place->anchor.size() == 2 && ZipPaths::toNative(place->anchor + '\\').isEmpty()) {
+            run.skip(e.name, SkipDriveMissing);
             continue;
         }
         ConfinedFolder& anchor = anchorFor(place->anchor);

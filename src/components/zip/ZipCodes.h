@@ -34,6 +34,7 @@ enum ZipSkipReason : int {
     SkipFifo = 127, // a named pipe: never read
     SkipSocket = 128, // a socket: never read
     SkipDevice = 129, // a character or block device: never read
+    SkipDriveMissing = 130, // the entry goes back to a drive that is not present
 };
 
 // Compression method numbers as the settings give them.

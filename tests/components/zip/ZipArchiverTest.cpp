@@ -458,6 +458,47 @@ TEST(ZipArchiver, UpdatingKeepsEntriesAndStoredNamesFromTheEventRestoreToTheirPl
     EXPECT_EQ(readFile(dir.filePath("alt/one.txt")), "1");
 }
 
+TEST(ZipArchiver, RootedNamesEnterAChosenFolderOnlyWhereTheOwnerPlacesThemAndAnAbsentDriveIsReported)
+{
+    QTemporaryDir dir;
+    vmk::test::TestDrive drive(dir.path());
+    const QString archive = dir.filePath("rooted.zip");
+    ASSERT_TRUE(pythonZip(archive, { { "C:/Windows/owned.txt", "x" }, { "Q:/Datos/far.txt", "q" } }));
+    ZipArchiver zip;
+    QList<int> skippedCounts;
+    zip.events().globalStatus = [&](int, int, int skipped, int) { skippedCounts << skipped; };
+    QStringList refused;
+    zip.events().skippingFile = [&](const QString& n, int r) { refused << QString("%1 %2").arg(n).arg(r); };
+    zip.setArchiveName(iface(archive));
+    zip.setFilesToProcess("*");
+
+    // A folder is chosen: the owner's event leaving the name as it is does not let it out.
+    const QString into = dir.filePath("into");
+    zip.setExtractFolder(iface(into));
+    zip.events().unzipPreprocessingFile = [](const QString&, QString&) {};
+    EXPECT_EQ(zip.extract(), ZipFilesSkipped);
+    EXPECT_EQ(refused, (QStringList { "C:\\Windows\\owned.txt 120", "Q:\\Datos\\far.txt 120" }));
+    // Each skip is counted on screen when it happens.
+    EXPECT_EQ(skippedCounts, (QList<int> { 1, 2 }));
+    // Placed inside the folder by the owner, both are written there.
+    refused.clear();
+    zip.events().unzipPreprocessingFile = [&](const QString& stored, QString& destination) {
+        destination = iface(into) + "\\" + stored.section('\\', -1);
+    };
+    EXPECT_EQ(zip.extract(), ZipOk);
+    EXPECT_TRUE(refused.isEmpty());
+    EXPECT_EQ(readFile(into + "/owned.txt"), "x");
+    EXPECT_EQ(readFile(into + "/far.txt"), "q");
+
+    // No folder chosen: a name goes back to its own drive, and Q: is not here.
+    refused.clear();
+    zip.setExtractFolder("");
+    zip.setFilesToProcess("Q:\\Datos\\far.txt");
+    zip.events().unzipPreprocessingFile = nullptr;
+    EXPECT_EQ(zip.extract(), ZipFilesSkipped);
+    EXPECT_EQ(refused, QStringList { QString("Q:\\Datos\\far.txt %1").arg(SkipDriveMissing) });
+}
+
 TEST(ZipArchiver, ExtractionFollowsNoLinkAlreadyInTheTarget)
 {
     QTemporaryDir dir;
