@@ -1,15 +1,17 @@
+#include "backup/ui/BackTree.h"
 #include "backup/ui/BackTreePanels.h"
-
-#include <QFrame>
+#include "backup/ui/ServerPanel.h"
 
 namespace vmk
 {
 
-// Until its own class is plugged in here, Frame4 (the remote store) is an empty frame.
-QWidget* MakeFrame4(BackTree& /*form*/)
+// Frame4, the remote store: "Servidor" connects (once) and lists the server's
+// current folder; the form's unload closes the kept connection.
+QWidget* MakeFrame4(BackTree& form)
 {
-    auto* frame = new QFrame;
-    frame->setObjectName(QStringLiteral("Frame4"));
+    auto* frame = new ServerPanel;
+    QObject::connect(&form, &BackTree::ServerShown, frame, [frame] { frame->Servidor(); });
+    QObject::connect(&form, &BackTree::Closed, frame, [frame] { frame->Form_Unload(); });
     return frame;
 }
 

@@ -18,6 +18,7 @@
 #include "platform/Pump.h"
 
 #include <QCloseEvent>
+#include <QFileDialog>
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QLineEdit>
@@ -59,6 +60,7 @@ ServerPanel::ServerPanel(QWidget* parent)
     , m_tree(new QTreeWidget(this))
     , m_folder(new QLabel(this))
     , m_up(new QToolButton(this))
+    , m_upload(new QToolButton(this))
     , m_progress(new QProgressBar(this))
     , m_cancel(new QPushButton(QStringLiteral("Cancelar"), this))
     , m_menu(new QMenu(this))
@@ -77,6 +79,11 @@ ServerPanel::ServerPanel(QWidget* parent)
     m_up->setIcon(style()->standardIcon(QStyle::SP_FileDialogToParent));
     m_up->setToolTip(QStringLiteral("Carpeta superior"));
     m_up->setAutoRaise(true);
+    m_upload->setObjectName(QStringLiteral("Command10"));
+    m_upload->setText(QStringLiteral("Subir a Servidor"));
+    m_upload->setIcon(style()->standardIcon(QStyle::SP_ArrowUp));
+    m_upload->setToolButtonStyle(Qt::ToolButtonTextBesideIcon);
+    m_upload->setAutoRaise(true);
     m_progress->setObjectName(QStringLiteral("ProgressBarFTP"));
     m_progress->setRange(0, 100);
     m_progress->setValue(0);
@@ -97,6 +104,7 @@ ServerPanel::ServerPanel(QWidget* parent)
     auto* top = new QHBoxLayout;
     top->addWidget(m_up);
     top->addWidget(m_folder, 1);
+    top->addWidget(m_upload);
     auto* bottom = new QHBoxLayout;
     bottom->addWidget(m_progress, 1);
     bottom->addWidget(m_cancel);
@@ -115,6 +123,7 @@ ServerPanel::ServerPanel(QWidget* parent)
             m_menu->popup(m_tree->viewport()->mapToGlobal(at));
     });
     connect(m_up, &QToolButton::clicked, this, &ServerPanel::Command9_Click);
+    connect(m_upload, &QToolButton::clicked, this, &ServerPanel::Command10_Click);
     connect(m_cancel, &QPushButton::clicked, this, &ServerPanel::CancelFTP_Click);
     ApplyLanguage(this);
     // The menu is no child widget of the panel's layout: its captions go by hand.
@@ -248,6 +257,7 @@ void ServerPanel::beginBusy()
     m_closeAfter = false;
     m_tree->setEnabled(false);
     m_up->setEnabled(false);
+    m_upload->setEnabled(false);
     m_progress->setValue(0);
     m_cancel->show();
     m_cancel->setEnabled(true);
@@ -267,6 +277,7 @@ void ServerPanel::endBusy()
     m_cancel->hide();
     m_tree->setEnabled(true);
     m_up->setEnabled(true);
+    m_upload->setEnabled(true);
     m_busy = false;
     if (m_closeAfter && m_watchedWindow) {
         m_closeAfter = false;
@@ -320,6 +331,26 @@ void ServerPanel::Unpload_Click(const QString& key, const QString& text)
     m_ftp.upload(DriveMap::instance().toNative(key), text, transferStatus());
     endBusy();
     listFolder();
+}
+
+void ServerPanel::Command10_Click()
+{
+    if (m_busy || !m_ftp.isConnected())
+        return;
+    QString key = m_selectedArchive ? m_selectedArchive() : QString();
+    if (key.isEmpty()) {
+        const QString backups = G().ProgramDrive + S().BackupsFolder;
+        QFileDialog picker(this, Translate(QStringLiteral("Subir a Servidor")),
+            DriveMap::instance().toNative(LogicalPath::withSlash(backups)), QStringLiteral("*.zip"));
+        picker.setObjectName(QStringLiteral("ArchivePicker"));
+        picker.setOption(QFileDialog::DontUseNativeDialog);
+        picker.setFileMode(QFileDialog::ExistingFile);
+        picker.setAcceptMode(QFileDialog::AcceptOpen);
+        if (picker.exec() != QDialog::Accepted || picker.selectedFiles().isEmpty())
+            return;
+        key = DriveMap::instance().toLogical(picker.selectedFiles().constFirst());
+    }
+    Unpload_Click(key, DriveMap::decodeName(key.section(u'\\', -1)));
 }
 
 void ServerPanel::Download_Click()

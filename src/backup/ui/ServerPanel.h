@@ -6,6 +6,8 @@
 #include <QFrame>
 #include <QPointer>
 
+#include <functional>
+
 class QLabel;
 class QMenu;
 class QProgressBar;
@@ -49,6 +51,7 @@ public:
     QTreeWidgetItem* ServerNode() const { return m_serverNode; }
     QProgressBar* ProgressBarFTP() const { return m_progress; }
     QToolButton* Command9() const { return m_up; }
+    QToolButton* Command10() const { return m_upload; }
     QPushButton* CancelFTP() const { return m_cancel; }
     QMenu* MenuServer() const { return m_menu; }
     QLabel* LabelServerFolder() const { return m_folder; }
@@ -69,8 +72,15 @@ public:
     void NewFolder_Click();
     void CancelFTP_Click();
     // Sends a local archive (`key`, its full logical path) under its name `text`
-    // to the current folder; then lists anew. Only while connected.
+    // to the current folder; then lists anew. Only while connected. The device's
+    // archive tree calls it from its menu.
     void Unpload_Click(const QString& key, const QString& text);
+    // "Subir a Servidor" on the panel: the archive selected in the device's archive
+    // tree (the source set below), or else one chosen in the backups folder.
+    void Command10_Click();
+    // Gives the logical path of the archive selected in the device's archive tree,
+    // "" when none is.
+    void setSelectedArchive(std::function<QString()> source) { m_selectedArchive = std::move(source); }
     // FormNewEditS's verb on the server: a folder of that name in the current folder.
     void MakeServerFolder(const QString& name);
     // The archive tree's delete of a local archive (logical path), after the same
@@ -97,10 +107,12 @@ private:
     QTreeWidget* m_tree;
     QLabel* m_folder;
     QToolButton* m_up;
+    QToolButton* m_upload;
     QProgressBar* m_progress;
     QPushButton* m_cancel;
     QMenu* m_menu;
     QTreeWidgetItem* m_serverNode = nullptr;
+    std::function<QString()> m_selectedArchive;
     QPointer<QWidget> m_watchedWindow;
     QElapsedTimer m_pumpClock;
     bool m_busy = false;

@@ -3,6 +3,7 @@
 #include "FtpServers.h"
 #include "TestSupport.h"
 
+#include "backup/ui/BackTree.h"
 #include "backup/ui/FormNewEditS.h"
 #include "backup/ui/ServerPanel.h"
 #include "components/ftp/Fingerprint.h"
@@ -13,6 +14,7 @@
 
 #include <QApplication>
 #include <QDir>
+#include <QFileDialog>
 #include <QFileInfo>
 #include <QLabel>
 #include <QLineEdit>
@@ -169,6 +171,33 @@ TEST_F(ServerPanelTest, BrowsesUploadsDownloadsAndDeletes)
     EXPECT_EQ(namesIn(m_backups), QStringList { archive });
     ASSERT_EQ(messages.texts, QStringList { "¡Descarga finalizada satisfactoriamente!" });
     EXPECT_EQ(messages.kinds, QList<int> { 0 });
+
+    // "Subir a Servidor": the archive selected in the device's tree, else one picked
+    // in the backups folder.
+    const QString second = QStringLiteral("mar-03-2026,12.00.00.zip");
+    ASSERT_TRUE(writeFile(m_backups + u'/' + second, "second"));
+    panel.setSelectedArchive([second] { return QStringLiteral("T:\\Mis Documentos\\Respaldos\\") + second; });
+    panel.Command10_Click();
+    EXPECT_EQ(readFile(m_remote + QStringLiteral("/Respaldos/") + second), "second");
+    ASSERT_TRUE(QFile::remove(m_remote + QStringLiteral("/Respaldos/") + second));
+    panel.setSelectedArchive({});
+    QString pickerFolder;
+    QTimer::singleShot(0, [&] {
+        auto* picker = qobject_cast<QFileDialog*>(QApplication::activeModalWidget());
+        ASSERT_NE(picker, nullptr);
+        pickerFolder = picker->directory().absolutePath();
+        picker->selectFile(second);
+        static_cast<QDialog*>(picker)->accept();
+    });
+    panel.Command10_Click();
+    EXPECT_EQ(pickerFolder, m_backups);
+    EXPECT_EQ(readFile(m_remote + QStringLiteral("/Respaldos/") + second), "second");
+    EXPECT_EQ(nodesOf(panel), (QStringList { archive, second }));
+    ASSERT_TRUE(QFile::remove(m_remote + QStringLiteral("/Respaldos/") + second));
+    panel.Command9_Click();
+    select(panel, QStringLiteral("Respaldos"));
+    panel.SmarServer_DblClick();
+    EXPECT_EQ(messages.texts.size(), 1);
 
     // New folder through FormNewEditS; an empty name makes none.
     answerNewFolder(QStringLiteral("nueva carpeta"));
@@ -398,4 +427,35 @@ TEST_F(ServerPanelTest, CertificateQuestionNoThenYes)
     again.Unpload_Click(QStringLiteral("T:\\Mis Documentos\\Respaldos\\c.zip"), QStringLiteral("c.zip"));
     EXPECT_EQ(readFile(server.home() + QStringLiteral("/Respaldos/c.zip")), bytes);
     EXPECT_EQ(nodesOf(again), QStringList { "c.zip" });
+}
+
+// BackTree's "Servidor" puts the archives and the remote store side by side and
+// connects through the panel; a second click only lists again; closing the form
+// closes the connection.
+TEST_F(ServerPanelTest, BackTreeServerButton)
+{
+    vmk::test::MessageRecorder messages;
+    ASSERT_TRUE(writeFile(m_remote + QStringLiteral("/a.zip"), "a"));
+    vmk::test::PlainFtpServer server(m_remote);
+    ASSERT_GT(server.port(), 0);
+    useServer(server.server(), QStringLiteral("alice"), QStringLiteral("s3cret"));
+
+    vmk::BackTree form;
+    form.show();
+    auto* panel = qobject_cast<ServerPanel*>(form.panel(vmk::BackTree::Panel::Frame4));
+    ASSERT_NE(panel, nullptr);
+    EXPECT_EQ(panel->objectName(), "Frame4");
+    form.button("Image2")->click();
+    EXPECT_TRUE(form.isShown(vmk::BackTree::Panel::Frame1));
+    EXPECT_TRUE(form.isShown(vmk::BackTree::Panel::Frame4));
+    EXPECT_FALSE(form.isShown(vmk::BackTree::Panel::Frame3));
+    EXPECT_TRUE(panel->client().isConnected());
+    EXPECT_EQ(nodesOf(*panel), QStringList { "a.zip" });
+    ASSERT_TRUE(writeFile(m_remote + QStringLiteral("/b.zip"), "b"));
+    form.Image2_Click();
+    EXPECT_EQ(nodesOf(*panel), (QStringList { "a.zip", "b.zip" }));
+    EXPECT_EQ(panel->client().staleRetries(), 0);
+    form.close();
+    EXPECT_FALSE(panel->client().isConnected());
+    EXPECT_TRUE(messages.texts.isEmpty());
 }
