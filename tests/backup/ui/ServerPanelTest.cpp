@@ -22,6 +22,7 @@
 #include <QProgressBar>
 #include <QPushButton>
 #include <QTemporaryDir>
+#include <QTest>
 #include <QTimer>
 #include <QTreeWidget>
 
@@ -457,5 +458,38 @@ TEST_F(ServerPanelTest, BackTreeServerButton)
     EXPECT_EQ(panel->client().staleRetries(), 0);
     form.close();
     EXPECT_FALSE(panel->client().isConnected());
+    EXPECT_TRUE(messages.texts.isEmpty());
+}
+
+// A picture of the panel connected to a loopback server, for a look by eye: set
+// VMK_SHOTS to a folder.
+TEST_F(ServerPanelTest, Pictures)
+{
+    const QString dir = qEnvironmentVariable("VMK_SHOTS");
+    if (dir.isEmpty())
+        GTEST_SKIP() << "VMK_SHOTS not set";
+    QDir().mkpath(dir);
+    vmk::test::MessageRecorder messages;
+    for (const char* folder : { "Oficina", "Respaldos 2025" })
+        ASSERT_TRUE(QDir().mkpath(m_remote + u'/' + QLatin1String(folder)));
+    for (const char* name : { "ene-15-2026,18.30.05.zip", "feb-01-2026,09.12.44.zip", "notas del servidor.txt" })
+        ASSERT_TRUE(writeFile(m_remote + u'/' + QLatin1String(name), randomBytes(4000)));
+    ASSERT_TRUE(writeFile(m_backups + QStringLiteral("/mar-03-2026,12.00.00.zip"), randomBytes(600000)));
+    vmk::test::PlainFtpServer server(m_remote);
+    ASSERT_GT(server.port(), 0);
+    useServer(server.server(), QStringLiteral("alice"), QStringLiteral("s3cret"));
+
+    ServerPanel panel;
+    panel.resize(380, 340);
+    panel.show();
+    ASSERT_TRUE(panel.Servidor());
+    panel.Unpload_Click(
+        QStringLiteral("T:\\Mis Documentos\\Respaldos\\mar-03-2026,12.00.00.zip"), "mar-03-2026,12.00.00.zip");
+    select(panel, QStringLiteral("feb-01-2026,09.12.44.zip"));
+    ASSERT_TRUE(QTest::qWaitForWindowExposed(&panel));
+    QTest::qWait(50);
+    panel.grab();
+    QTest::qWait(50);
+    EXPECT_TRUE(panel.grab().save(dir + "/ftp-server-panel.png"));
     EXPECT_TRUE(messages.texts.isEmpty());
 }
