@@ -20,7 +20,6 @@
 #include <QCloseEvent>
 #include <QFileDialog>
 #include <QHBoxLayout>
-#include <QLabel>
 #include <QLineEdit>
 #include <QMenu>
 #include <QProgressBar>
@@ -58,7 +57,7 @@ bool plainName(const QString& name)
 ServerPanel::ServerPanel(QWidget* parent)
     : QFrame(parent)
     , m_tree(new QTreeWidget(this))
-    , m_folder(new QLabel(this))
+    , m_folder(new QLineEdit(this))
     , m_up(new QToolButton(this))
     , m_upload(new QToolButton(this))
     , m_progress(new QProgressBar(this))
@@ -73,11 +72,13 @@ ServerPanel::ServerPanel(QWidget* parent)
     m_tree->setRootIsDecorated(false);
     m_tree->setUniformRowHeights(true);
     m_tree->setContextMenuPolicy(Qt::CustomContextMenu);
-    m_folder->setObjectName(QStringLiteral("LabelServerFolder"));
-    m_folder->setTextInteractionFlags(Qt::TextSelectableByMouse);
+    m_folder->setObjectName(QStringLiteral("TextServerFolder"));
+    // A text box, not a label: the forms' translation pass leaves its path alone.
+    m_folder->setReadOnly(true);
+    m_folder->setFrame(false);
     m_up->setObjectName(QStringLiteral("Command9"));
     m_up->setIcon(style()->standardIcon(QStyle::SP_FileDialogToParent));
-    m_up->setToolTip(QStringLiteral("Carpeta superior"));
+    m_up->setToolTip(Translate(QStringLiteral("Carpeta superior")));
     m_up->setAutoRaise(true);
     m_upload->setObjectName(QStringLiteral("Command10"));
     m_upload->setText(QStringLiteral("Subir a Servidor"));
@@ -126,9 +127,6 @@ ServerPanel::ServerPanel(QWidget* parent)
     connect(m_upload, &QToolButton::clicked, this, &ServerPanel::Command10_Click);
     connect(m_cancel, &QPushButton::clicked, this, &ServerPanel::CancelFTP_Click);
     ApplyLanguage(this);
-    // The menu is no child widget of the panel's layout: its captions go by hand.
-    for (QAction* a : m_menu->actions())
-        a->setText(Translate(a->text()));
 }
 
 ServerPanel::~ServerPanel()

@@ -8,7 +8,7 @@
 
 #include <functional>
 
-class QLabel;
+class QLineEdit;
 class QMenu;
 class QProgressBar;
 class QPushButton;
@@ -54,7 +54,7 @@ public:
     QToolButton* Command10() const { return m_upload; }
     QPushButton* CancelFTP() const { return m_cancel; }
     QMenu* MenuServer() const { return m_menu; }
-    QLabel* LabelServerFolder() const { return m_folder; }
+    QLineEdit* TextServerFolder() const { return m_folder; }
     ftp::FtpClient& client() { return m_ftp; }
     // True while a verb talks to the server.
     bool busy() const { return m_busy; }
@@ -105,7 +105,7 @@ private:
 
     ftp::FtpClient m_ftp;
     QTreeWidget* m_tree;
-    QLabel* m_folder;
+    QLineEdit* m_folder;
     QToolButton* m_up;
     QToolButton* m_upload;
     QProgressBar* m_progress;

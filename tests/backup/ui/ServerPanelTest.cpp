@@ -24,6 +24,7 @@
 #include <QTemporaryDir>
 #include <QTest>
 #include <QTimer>
+#include <QToolButton>
 #include <QTreeWidget>
 
 #include <gtest/gtest.h>
@@ -141,19 +142,27 @@ TEST_F(ServerPanelTest, BrowsesUploadsDownloadsAndDeletes)
     EXPECT_EQ(panel.SmarServer()->objectName(), "SmarServer");
     ASSERT_TRUE(panel.Servidor()) << messages.texts.join(u'|').toStdString();
     EXPECT_EQ(nodesOf(panel), (QStringList { "Respaldos/", " leading blank.zip", "ene-05-2026,09.15.00.zip" }));
-    EXPECT_EQ(panel.LabelServerFolder()->text(), "/");
+    EXPECT_EQ(panel.TextServerFolder()->text(), "/");
     QStringList verbs;
     for (const QAction* a : panel.MenuServer()->actions())
         verbs << a->objectName();
     EXPECT_EQ(verbs, (QStringList { "Download", "DeletefileS", "NewFolder", "DeleteFolder" }));
 
+    // A name with a leading blank comes down whole.
+    select(panel, QStringLiteral(" leading blank.zip"));
+    panel.Download_Click();
+    EXPECT_EQ(readFile(m_backups + QStringLiteral("/ leading blank.zip")), "x");
+    ASSERT_TRUE(QFile::remove(m_backups + QStringLiteral("/ leading blank.zip")));
+    messages.texts.clear();
+    messages.kinds.clear();
+
     // A double click on a file does nothing; on a folder it goes in.
     select(panel, QStringLiteral("ene-05-2026,09.15.00.zip"));
     panel.SmarServer_DblClick();
-    EXPECT_EQ(panel.LabelServerFolder()->text(), "/");
+    EXPECT_EQ(panel.TextServerFolder()->text(), "/");
     select(panel, QStringLiteral("Respaldos"));
     panel.SmarServer_DblClick();
-    EXPECT_EQ(panel.LabelServerFolder()->text(), "/Respaldos/");
+    EXPECT_EQ(panel.TextServerFolder()->text(), "/Respaldos/");
     EXPECT_TRUE(nodesOf(panel).isEmpty());
     EXPECT_EQ(panel.ServerNode(), nullptr);
 
@@ -232,12 +241,12 @@ TEST_F(ServerPanelTest, BrowsesUploadsDownloadsAndDeletes)
 
     // Up, and "Servidor" again: the kept connection lists the current folder.
     panel.Command9_Click();
-    EXPECT_EQ(panel.LabelServerFolder()->text(), "/");
+    EXPECT_EQ(panel.TextServerFolder()->text(), "/");
     EXPECT_EQ(nodesOf(panel), (QStringList { "Respaldos/", " leading blank.zip", "ene-05-2026,09.15.00.zip" }));
     select(panel, QStringLiteral("Respaldos"));
     panel.SmarServer_DblClick();
     ASSERT_TRUE(panel.Servidor());
-    EXPECT_EQ(panel.LabelServerFolder()->text(), "/Respaldos/");
+    EXPECT_EQ(panel.TextServerFolder()->text(), "/Respaldos/");
     EXPECT_EQ(panel.client().staleRetries(), 0);
     EXPECT_EQ(messages.texts.size(), 2);
 
@@ -275,7 +284,16 @@ TEST_F(ServerPanelTest, RefusedLoginAndDroppedTransfers)
         EXPECT_TRUE(messages.texts[1].startsWith("Could not establish connection with the server!\n"))
             << messages.texts[1].toStdString();
         EXPECT_TRUE(messages.texts[1].endsWith(": 530 Authentication failed. (67)")) << messages.texts[1].toStdString();
+        ServerPanel english;
+        EXPECT_EQ(english.MenuServer()->actions().first()->text(), "Download");
+        EXPECT_EQ(english.Command10()->text(), "Upload to Server");
         vmk::G().LanguageIndex = 0;
+        // No server in the settings: told in words as well.
+        useServer(QString(), QStringLiteral("alice"), QStringLiteral("s3cret"));
+        EXPECT_FALSE(panel.Servidor());
+        ASSERT_EQ(messages.texts.size(), 3);
+        EXPECT_EQ(
+            messages.texts[2], "¡No se pudo establecer conexión con el servidor!\ndirección de servidor no válida");
     }
 
     vmk::test::MessageRecorder messages;
