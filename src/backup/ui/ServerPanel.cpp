@@ -22,6 +22,7 @@
 #include <QHBoxLayout>
 #include <QLineEdit>
 #include <QMenu>
+#include <QPalette>
 #include <QProgressBar>
 #include <QPushButton>
 #include <QStyle>
@@ -76,6 +77,9 @@ ServerPanel::ServerPanel(QWidget* parent)
     // A text box, not a label: the forms' translation pass leaves its path alone.
     m_folder->setReadOnly(true);
     m_folder->setFrame(false);
+    QPalette plain = m_folder->palette();
+    plain.setColor(QPalette::Base, plain.color(QPalette::Window));
+    m_folder->setPalette(plain);
     m_up->setObjectName(QStringLiteral("Command9"));
     m_up->setIcon(style()->standardIcon(QStyle::SP_FileDialogToParent));
     m_up->setToolTip(Translate(QStringLiteral("Carpeta superior")));
