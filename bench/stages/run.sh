@@ -55,21 +55,8 @@ rm -f "$work"/big.*
 
 echo "== 200 MB mixed tree: zip component deflate 9 vs zip -9 -r"
 tree="$work/tree"
-mkdir -p "$tree"
-# About 200 MB: text (headers), binaries (shared libraries) and incompressible data.
-size_mb() { du -sm "$tree" | cut -f1; }
-mkdir -p "$tree/include" "$tree/lib" "$tree/random"
-for d in /usr/include/*; do
-  cp -r "$d" "$tree/include/" 2>/dev/null || true
-  [ "$(size_mb)" -ge 90 ] && break
-done
-for f in /usr/lib/x86_64-linux-gnu/*.so*; do
-  [ -f "$f" ] || continue
-  cp -L "$f" "$tree/lib/" 2>/dev/null || true
-  [ "$(size_mb)" -ge 180 ] && break
-done
-for i in $(seq 1 20); do head -c 1048576 /dev/urandom > "$tree/random/r$i.bin"; done
-echo "tree: $(du -sm "$tree" | cut -f1) MB, $(find "$tree" -type f | wc -l) files"
+source bench/stages/mixed-tree.sh
+mixed_tree "$tree"
 cat $(find "$tree" -type f) > /dev/null 2>&1 || true
 race "'$bin/bench_zip_tree' '$tree' '$work/ours.zip'" "cd '$tree' && rm -f '$work/ref.zip' && zip -9 -r -q '$work/ref.zip' ."
 ours_zip=$OURS ref_zip=$REF

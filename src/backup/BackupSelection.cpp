@@ -75,12 +75,13 @@ void BackupSelection::reexpandIfExpanded(const QString& key)
 
 void BackupSelection::NodeCheck(const QString& key, bool checked)
 {
-    if (checked) {
-        // The whole computer is never one backup.
-        if (key == TreeKey::host()) {
+    // The whole computer is never one backup; the root is no path for the lists.
+    if (key == TreeKey::host()) {
+        if (checked)
             refuse(key, QStringLiteral("¡No se puede respaldar toda su PC!"));
-            return;
-        }
+        return;
+    }
+    if (checked) {
         if (InExc(key))
             RemoveFromExc(key);
         if (ancestorIn(key, &BackupSelection::InExc)) {

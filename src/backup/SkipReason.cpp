@@ -1,11 +1,14 @@
 #include "backup/SkipReason.h"
 
 #include "components/zip/ZipCodes.h"
+#include "foundation/Translate.h"
 
 namespace vmk
 {
 
-QString SkipReason(int reasonCode)
+namespace
+{
+QString words(int reasonCode)
 {
     using namespace zip;
     switch (reasonCode) {
@@ -34,8 +37,17 @@ QString SkipReason(int reasonCode)
     case SkipDevice:
         return QStringLiteral("Dispositivo: no se lee");
     default:
-        return QStringLiteral("Omitido") + QStringLiteral(" (") + QString::number(reasonCode) + u')';
+        return {};
     }
+}
+} // namespace
+
+QString SkipReason(int reasonCode)
+{
+    const QString text = words(reasonCode);
+    if (text.isEmpty())
+        return Translate(QStringLiteral("Omitido")) + QStringLiteral(" (") + QString::number(reasonCode) + u')';
+    return Translate(text);
 }
 
 } // namespace vmk

@@ -1,5 +1,7 @@
 #include "DeviceFixture.h"
 
+#include "backup/ui/BackTree.h"
+
 #include "components/engine/Engine.h"
 #include "filemanager/FileTreeModel.h"
 #include "filemanager/ui/SmartTree.h"
@@ -296,18 +298,24 @@ TEST_F(Form1Test, ButtonsLightOnHoverAndTheWebAddressOpens)
             "Lbl_but4", "Lbl_but5", "Lbl_but6", "Lbl_but7", "Label1", "Label2", "Label11", "Label13", "Label4" })
         EXPECT_NE(m_form->findChild<QWidget*>(QLatin1String(name)), nullptr) << name;
     EXPECT_NE(m_form->findChild<QWidget*>(QStringLiteral("Pie")), nullptr);
-    // The tools not yet in this version are greyed, never light, and say why.
-    for (const char* name : { "Image9", "Lbl_but1", "Image3", "Lbl_but4" }) {
+    // The tool not yet in this version is greyed, never light, and says why.
+    for (const char* name : { "Image9", "Lbl_but1" }) {
         auto* part = m_form->findChild<QLabel*>(QLatin1String(name));
         ASSERT_NE(part, nullptr) << name;
         EXPECT_FALSE(part->isEnabled()) << name;
         EXPECT_TRUE(part->toolTip().contains(QStringLiteral("no est"))) << name;
     }
-    QLabel* backups = m_form->findChild<QLabel*>(QStringLiteral("Image3"));
-    QMouseEvent over(QEvent::MouseMove, QPointF(10, 10), backups->mapToGlobal(QPointF(10, 10)), Qt::NoButton,
+    QLabel* fileManager = m_form->findChild<QLabel*>(QStringLiteral("Image9"));
+    QMouseEvent over(QEvent::MouseMove, QPointF(10, 10), fileManager->mapToGlobal(QPointF(10, 10)), Qt::NoButton,
         Qt::NoButton, Qt::NoModifier);
+    QApplication::sendEvent(fileManager, &over);
+    EXPECT_FALSE(m_form->findChild<QLabel*>(QStringLiteral("Image12"))->isVisible());
+    // The backups' button is a tool like the others: enabled, and it lights.
+    QLabel* backups = m_form->findChild<QLabel*>(QStringLiteral("Image3"));
+    EXPECT_TRUE(backups->isEnabled());
+    EXPECT_TRUE(m_form->findChild<QLabel*>(QStringLiteral("Lbl_but4"))->isEnabled());
     QApplication::sendEvent(backups, &over);
-    EXPECT_FALSE(m_form->findChild<QLabel*>(QStringLiteral("Image11"))->isVisible());
+    EXPECT_TRUE(m_form->findChild<QLabel*>(QStringLiteral("Image11"))->isVisible());
 
     QStringList opened;
     Shell::Opener previous = Shell::setOpener([&](const QString& target) {
@@ -415,4 +423,36 @@ TEST_F(Form1Test, ScanButtonsWarnHideThePanelAndOpenTheScanner)
     EXPECT_FALSE(deviceModel.NodeExists(QStringLiteral("|HOST|")));
     scanner->close();
     EXPECT_TRUE(m_form->isVisible());
+}
+
+TEST_F(Form1Test, BackupsButtonHidesThePanelAndOpensBackTree)
+{
+    test::MessageRecorder messages;
+    m_form->show();
+    QLabel* lit = m_form->label("Image11");
+    ASSERT_NE(lit, nullptr);
+    QMouseEvent release(QEvent::MouseButtonRelease, QPointF(2, 2), lit->mapToGlobal(QPointF(2, 2)), Qt::LeftButton,
+        Qt::NoButton, Qt::NoModifier);
+    QApplication::sendEvent(lit, &release);
+    QCoreApplication::processEvents(); // the click runs once its event is done
+
+    EXPECT_TRUE(messages.texts.isEmpty());
+    EXPECT_FALSE(m_form->isVisible());
+    BackTree* backups = m_form->BackupForm();
+    ASSERT_NE(backups, nullptr);
+    EXPECT_TRUE(backups->isVisible());
+    EXPECT_EQ(backups->objectName(), QStringLiteral("BackTree"));
+    // The selection is in view, over the host's tree.
+    EXPECT_TRUE(backups->isShown(BackTree::Panel::Frame3));
+    EXPECT_FALSE(backups->isShown(BackTree::Panel::Frame2));
+    const FileTreeModel& model = *backups->SmartDataTree()->treeModel();
+    EXPECT_EQ(model.keyOf(model.index(0, 0)), QStringLiteral("|HOST|"));
+    // Closing it brings the panel back; a second click opens the same form afresh.
+    backups->close();
+    EXPECT_TRUE(m_form->isVisible());
+    QApplication::sendEvent(lit, &release);
+    QCoreApplication::processEvents();
+    EXPECT_EQ(m_form->BackupForm(), backups);
+    EXPECT_TRUE(backups->isVisible());
+    backups->close();
 }

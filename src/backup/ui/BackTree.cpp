@@ -1,5 +1,6 @@
 #include "backup/ui/BackTree.h"
 
+#include "backup/BackupRun.h"
 #include "backup/BackupValues.h"
 #include "backup/SelectionFile.h"
 #include "backup/ui/BackTreePanels.h"
@@ -12,6 +13,8 @@
 #include "foundation/FileServices.h"
 #include "foundation/Globals.h"
 #include "foundation/Messages.h"
+#include "foundation/Settings.h"
+#include "foundation/Translate.h"
 #include "foundation/ui/ApplyLanguage.h"
 
 #include <QCloseEvent>
@@ -91,7 +94,12 @@ BackTree::BackTree(QWidget* parent)
     };
     events.skippingFile = [this](const QString& name, int reason) { m_frame2->SkippingFile(name, reason); };
     events.tempFileProgress = [this](int percent) { m_frame2->TempFileProgress(percent); };
-    events.writeProgress = [this](int percent) { m_frame2->WriteProgress(percent); };
+    events.writeProgress = [this](int percent) {
+        m_frame2->WriteProgress(percent);
+        // The archive is whole on the device.
+        if (percent == 100)
+            ShowMessage(QStringLiteral("¡Proceso de respaldo concluido!"));
+    };
     events.processCompleted = [this] { ProcessCompleted(); };
 }
 
@@ -252,9 +260,44 @@ void BackTree::Image11_Click()
 {
     if (m_running)
         return;
+    m_running = true;
     m_restoreMode = false;
     PrepareRun();
     m_frame2->ShowStage(QStringLiteral("Comenzando"));
+
+    BackupRun::Hooks hooks;
+    hooks.stage = [this](const QString& word) { m_frame2->ShowStage(word); };
+    hooks.scanned = [this](bool infected) { m_frame2->CountScanned(infected); };
+    hooks.excludeInfected = [](const QString& file) {
+        return ShowMessage(file + QStringLiteral("\r\n")
+                       + Translate(QStringLiteral("¡Archivo infectado! ¿Desea excluir este archivo?")),
+                   4)
+            == 6;
+    };
+    BackupRun run(m_zip);
+    const BackupRun::Outcome outcome
+        = run.Run(m_selection.ListAdd(), m_selection.ListExc(), G().ProgramDrive + S().BackupsFolder, hooks);
+    m_archivedMB = run.ArchivedBytesMB();
+    m_lastArchive = outcome.failure == BackupRun::Failure::None ? outcome.archive : QString();
+    m_running = false;
+    switch (outcome.failure) {
+    case BackupRun::Failure::None:
+        break;
+    case BackupRun::Failure::FolderMissing:
+        // Nothing was done: Guardar and Terminar come back, the stage word goes.
+        showRunButtons(false, true);
+        ShowMessage(QStringLiteral("¡La carpeta de respaldos no existe!"));
+        break;
+    case BackupRun::Failure::NoFreeName:
+        showRunButtons(false, true);
+        ShowMessage(Translate(QStringLiteral("¡No queda ningún nombre libre para el respaldo!"))
+            + QStringLiteral("\r\n") + outcome.archive);
+        break;
+    case BackupRun::Failure::Component:
+        ShowMessage(Translate(QStringLiteral("¡Error de compresion!")) + QStringLiteral("\r\n(")
+            + QString::number(outcome.result) + u')');
+        break;
+    }
 }
 
 void BackTree::ProcessCompleted()

@@ -66,6 +66,10 @@ public:
     void Image6_Click(); // "Abortar"
     void Image8_Click(); // "Terminar": back to Frame3, or to Frame5 after a restore
     QPushButton* button(const char* name) const;
+    // The last backup's archive (logical name), "" when the last run made none.
+    QString LastArchive() const { return m_lastArchive; }
+    // The sizes of the last backup's files, in whole megabytes.
+    qint64 ArchivedBytesMB() const { return m_archivedMB; }
 
 signals:
     // The form was closed: the panel comes back.
@@ -97,6 +101,8 @@ private:
     QList<QPushButton*> m_buttons;
     bool m_restoreMode = false;
     bool m_running = false;
+    QString m_lastArchive;
+    qint64 m_archivedMB = 0;
 };
 
 } // namespace vmk

@@ -88,7 +88,7 @@ void RunPanel::GlobalStatus(int total, int processed, int skipped, int percent)
 
 void RunPanel::SkippingFile(const QString& name, int reason)
 {
-    auto* row = new QTreeWidgetItem(m_listView1, { name, Translate(SkipReason(reason)) });
+    auto* row = new QTreeWidgetItem(m_listView1, { name, SkipReason(reason) });
     row->setToolTip(0, name);
 }
 

@@ -5,7 +5,8 @@ namespace vmk::zip
 
 FileMask::FileMask(const QString& line, bool literal)
 {
-    QString s = line.trimmed();
+    // Blanks are part of names: a name may begin or end with one.
+    QString s = line;
     if (s.endsWith(QLatin1String("<r>"), Qt::CaseInsensitive)) {
         m_recursive = true;
         s.chop(3);

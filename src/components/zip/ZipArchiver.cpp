@@ -100,6 +100,14 @@ int reasonForKind(EntryKind kind)
 FileMask maskOfLine(const QString& line, const std::function<QString(const QString&)>& resolve)
 {
     const FileMask mask(line);
+    // "X\*<r>" is the folder X with all below it. X taken as it is spelled there
+    // keeps a folder that differs from it only in case out, and a file named "*"
+    // inside it from standing for the whole folder.
+    if (mask.recursive() && mask.mask() == QStringLiteral("*") && !mask.folder().isEmpty()) {
+        const QString folder = resolve(mask.folder());
+        if (!folder.isEmpty())
+            return FileMask(folder + QStringLiteral("<r>"), true);
+    }
     const QString path = FileMask(line, true).exactPath();
     if (path.isEmpty() || path.endsWith('\\'))
         return mask;
@@ -421,9 +429,11 @@ void ZipArchiver::setFilesToProcess(const QString& text)
     m_process = splitLines(text);
 }
 
+// One call adds one line as it is: a name holding a line break stays whole.
 void ZipArchiver::addFileToProcess(const QString& line)
 {
-    m_process += splitLines(line);
+    if (!line.isEmpty())
+        m_process << line;
 }
 
 void ZipArchiver::setFilesToExclude(const QString& text)
@@ -433,7 +443,8 @@ void ZipArchiver::setFilesToExclude(const QString& text)
 
 void ZipArchiver::addFileToExclude(const QString& line)
 {
-    m_exclude += splitLines(line);
+    if (!line.isEmpty())
+        m_exclude << line;
 }
 
 void ZipArchiver::setCompressionLevel(int level)

@@ -42,7 +42,8 @@ public:
     void setExtractFolder(const QString& folder) { m_extractFolder = folder; }
     QString extractFolder() const { return m_extractFolder; }
 
-    // The lists of file masks (see FileMask), one per line as text.
+    // The lists of file masks (see FileMask), one per line as text; the add
+    // functions take one line as it is, so a name holding a line break stays whole.
     void setFilesToProcess(const QString& text);
     QString filesToProcess() const { return m_process.join(QStringLiteral("\r\n")); }
     void addFileToProcess(const QString& line);

@@ -1,5 +1,6 @@
 #include "panel/ui/Form1.h"
 
+#include "backup/ui/BackTree.h"
 #include "panel/ControlPanel.h"
 #include "panel/ui/FrmConf.h"
 #include "passwords/ui/FrmPass.h"
@@ -123,8 +124,8 @@ Form1::Form1(ControlPanel& panel, Hooks hooks, QWidget* parent)
 
     // The nine tool buttons, each a resting picture (hot zone) under its lit one.
     auto cell = [](int col, int row) { return QPoint(334 + col * 100, 80 + row * 120); };
-    // The file manager and the backups are not in this version yet: their buttons
-    // stay, greyed, and say so, rather than answer a click with nothing.
+    // The file manager is not in this version yet: its button stays, greyed, and
+    // says so, rather than answer a click with nothing.
     addButton("Image9", "Image12", "Lbl_but1", QStringLiteral("Adm. Archivos"), QStringLiteral("filemanager"),
         cell(0, 0), nullptr, QStringLiteral("El administrador de archivos aún no está disponible en esta versión"));
     addButton("Image7", "Image13", "Lbl_but7", QStringLiteral("Analizar PC"), QStringLiteral("scanpc"), cell(1, 0),
@@ -134,7 +135,7 @@ Form1::Form1(ControlPanel& panel, Hooks hooks, QWidget* parent)
     addButton("Image4", "Image15", "Lbl_but3", QStringLiteral("Actualizar"), QStringLiteral("update"), cell(0, 1),
         [this] { Image15_Click(); });
     addButton("Image3", "Image11", "Lbl_but4", QStringLiteral("Respaldos"), QStringLiteral("backups"), cell(1, 1),
-        nullptr, QStringLiteral("Los respaldos aún no están disponibles en esta versión"));
+        [this] { Image11_Click(); });
     addButton("Image8", "Image16", "Lbl_but5", QStringLiteral("Contraseñas"), QStringLiteral("passwords"), cell(2, 1),
         [this] { Image16_Click(); });
     addButton("Image10", "Image18", "Label2", QStringLiteral("Configuración"), QStringLiteral("settings"), cell(0, 2),
@@ -157,6 +158,7 @@ Form1::~Form1()
     delete m_barraUpdate;
     delete m_formEject;
     delete m_scanTree;
+    delete m_backTree;
 }
 
 void Form1::Image13_Click()
@@ -182,6 +184,18 @@ void Form1::openScanner(bool scanHost)
     }
     m_scanTree->Form_Load();
     m_scanTree->show();
+}
+
+void Form1::Image11_Click()
+{
+    hide();
+    // One backup window for the run; each opening loads it afresh.
+    if (!m_backTree) {
+        m_backTree = new BackTree;
+        connect(m_backTree, &BackTree::Closed, this, [this] { show(); });
+    }
+    m_backTree->Form_Load();
+    m_backTree->show();
 }
 
 QLabel* Form1::addLabel(const char* name, const QString& text, const QRect& geometry, const QString& style)

@@ -14,6 +14,7 @@ namespace vmk
 {
 class BarraUpdate;
 class FormEject;
+class BackTree;
 class Pie;
 class scanTree;
 } // namespace vmk
@@ -60,9 +61,12 @@ public:
     void Image18_Click(); // the lock, then the settings dialog (FrmConf)
     void Image13_Click(); // scan the computer
     void Image14_Click(); // scan the device
+    void Image11_Click(); // the backups (BackTree)
 
     // The scanner, once a scan button has opened it.
     scanTree* ScanForm() const { return m_scanTree; }
+    // The backup tool, once Image11 has opened it.
+    BackTree* BackupForm() const { return m_backTree; }
 
     QTimer* Timer1() const { return m_timer1; }
     QTimer* TimerUpdate() const { return m_timerUpdate; }
@@ -99,6 +103,7 @@ private:
     BarraUpdate* m_barraUpdate = nullptr;
     FormEject* m_formEject = nullptr;
     scanTree* m_scanTree = nullptr;
+    BackTree* m_backTree = nullptr;
     QLabel* m_background = nullptr;
     QLabel* m_shield = nullptr;
     QLabel* m_engineReason = nullptr;
