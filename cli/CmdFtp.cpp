@@ -6,6 +6,7 @@
 #include "FolderOptions.h"
 #include "MessageCapture.h"
 
+#include "backup/FtpErrorWords.h"
 #include "components/ftp/Fingerprint.h"
 #include "components/ftp/FtpClient.h"
 #include "components/ftp/FtpLocation.h"
@@ -27,9 +28,7 @@ using vmk::ftp::FtpLocation;
 [[noreturn]] void failWith(const FtpClient& client)
 {
     const vmk::ftp::FtpError& e = client.lastError();
-    QString words = vmk::Translate(e.words());
-    if (!e.detail().isEmpty())
-        words += QStringLiteral(": ") + e.detail();
+    const QString words = vmk::FtpErrorWords(e);
     const bool refused = e.failure == FtpFailure::LoginRefused || e.failure == FtpFailure::CertificateUntrusted;
     throw CliFailure(e.path, words, e.curlCode, refused ? CliFailure::kRefused : CliFailure::kError);
 }
@@ -86,6 +85,7 @@ int ftpCommand(const QStringList& args)
     int port = url->port;
     QString user = url->user;
     QString password;
+    QByteArray devicePin; // the certificate the owner accepted on the screen, for the device's server
     const bool needSettings = host.isEmpty() || !url->hasUser || !cl.has(QStringLiteral("--pass-file"));
     if (needSettings) {
         ApplyFolderOptions(cl);
@@ -101,6 +101,7 @@ int ftpCommand(const QStringList& args)
         }
         // The device's user name and password go only to the device's server.
         if (sameServer) {
+            devicePin = vmk::ftp::Fingerprint::parse(vmk::S().FtpCertificate);
             if (!url->hasUser)
                 user = vmk::S().FtpUserName;
             if (user == vmk::S().FtpUserName)
@@ -120,6 +121,8 @@ int ftpCommand(const QStringList& args)
             throw CliFailure::usage(
                 cl.value(QStringLiteral("--fingerprint")), QStringLiteral("la huella SHA-256 no es válida"));
         client.setAcceptedFingerprint(pin);
+    } else if (!devicePin.isEmpty()) {
+        client.setAcceptedFingerprint(devicePin);
     }
     if (!client.connect())
         failWith(client);
@@ -186,7 +189,8 @@ CommandRegistry::Registrar ftpReg("ftp",
                        "                        #FtpPassword, given only to the device's own server and user)\n"
                        "  --fingerprint SHA256  accept the server certificate of this SHA-256 fingerprint although\n"
                        "                        it does not verify (as `openssl x509 -fingerprint -sha256` prints it,\n"
-                       "                        colons optional)\n")
+                       "                        colons optional; default: the device's #FtpCertificate, the one\n"
+                       "                        the owner accepted on the screen, for the device's own server)\n")
             + FolderOptionsHelp()
             + QStringLiteral("\n  TLS is used whenever the server offers it, and then the password travels inside it."),
         ftpCommand });

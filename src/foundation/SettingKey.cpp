@@ -13,6 +13,9 @@ namespace
 // sends it at its own place, the eleventh. "OwnerPassCheck" proves the owner's
 // password without holding it: it is not sealed (there is nothing to hide in it)
 // and the defaults do not write it, so a fresh file asks for a new password.
+// "#FtpCertificate" is the SHA-256 fingerprint of the one server certificate the
+// owner accepted although it does not verify ("AB:CD:..."), sealed like the other
+// FTP keys; the defaults do not write it, so a fresh file trusts no such certificate.
 const SettingKey kKeys[] = {
     // clang-format off
     { .Name = "ArchiveScan", .TextVariable = &SettingsValues::ArchiveScan, .Default = "0", .DefaultOrder = 1, .SaveOrder = 1, .ReadAtStart = true, .EngineOrder = 1, .EngineOption = engine::Option::ArchiveScan, .DialogOrder = 1, .DialogFrame = "Frame1", .DialogControls = { "Check1" }, .Binding = DialogBinding::Check },
@@ -53,6 +56,7 @@ const SettingKey kKeys[] = {
     { .Name = "#FtpUserName", .TextVariable = &SettingsValues::FtpUserName, .DefaultOrder = 36, .SaveOrder = 35, .ReadAtStart = true, .KeptOnReload = true, .DialogOrder = 20, .DialogFrame = "Frame5", .DialogControls = { "Text10" }, .Binding = DialogBinding::Text },
     { .Name = "#FtpPassword", .TextVariable = &SettingsValues::FtpPassword, .DefaultOrder = 37, .SaveOrder = 36, .ReadAtStart = true, .KeptOnReload = true, .DialogOrder = 21, .DialogFrame = "Frame5", .DialogControls = { "Text12" }, .Binding = DialogBinding::Text },
     { .Name = "OwnerPassCheck", .TextVariable = &SettingsValues::OwnerPassCheck, .SaveOrder = 37, .ReadAtStart = true },
+    { .Name = "#FtpCertificate", .TextVariable = &SettingsValues::FtpCertificate, .SaveOrder = 38, .ReadAtStart = true },
     { .Name = "#OtherLocation", .TextVariable = &SettingsValues::OtherLocation, .SaveOrder = 25, .ReadAtStart = true, .DialogOrder = 28, .DialogFrame = "Frame2", .DialogControls = { "Text1" }, .Binding = DialogBinding::Text },
     // clang-format on
 };

@@ -32,6 +32,8 @@ struct SettingsValues {
     int DeleteFilesOpt = 0;
     QString DesinfectedFolder;
     QString FtpServer, FtpUserName, FtpPassword;
+    // The fingerprint of the server certificate the owner accepted, or "".
+    QString FtpCertificate;
     // Proof of the owner's password (Argon2id with its salt), never the password.
     QString OwnerPassCheck;
 };

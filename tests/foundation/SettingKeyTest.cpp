@@ -82,9 +82,9 @@ TEST_F(SettingKeyTest, EveryUserReadsOneConsistentTable)
             EXPECT_EQ(k.Binding, DialogBinding::None) << k.Name;
         }
     }
-    EXPECT_EQ(names.size(), 39);
+    EXPECT_EQ(names.size(), 40);
     expectContiguous(&SettingKey::DefaultOrder, 37);
-    expectContiguous(&SettingKey::SaveOrder, 37);
+    expectContiguous(&SettingKey::SaveOrder, 38);
     expectContiguous(&SettingKey::EngineOrder, 18, 11); // the eleventh call is option 41, which has no key
     expectContiguous(&SettingKey::DialogOrder, 28);
     EXPECT_EQ(

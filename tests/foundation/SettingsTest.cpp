@@ -267,9 +267,9 @@ TEST_F(SettingsTest, DialogSaveAndReloadKeepTheirDifferences)
     EXPECT_FALSE(keys.contains("#UpdateProxySettings"));
     EXPECT_TRUE(keys.contains("#OtherLocation"));
     EXPECT_EQ(keys.indexOf("ScanTimeout"), 2);
-    // The dialog's 36 lines, then the owner's password verifier.
-    EXPECT_EQ(keys.size(), 37);
-    EXPECT_EQ(keys.last(), "OwnerPassCheck");
+    // The dialog's 36 lines, then the owner's password verifier and the accepted certificate.
+    EXPECT_EQ(keys.size(), 38);
+    EXPECT_EQ(keys.mid(36), QStringList({ "OwnerPassCheck", "#FtpCertificate" }));
 
     // Cancel in the dialog: the five keys keep what the dialog put in memory.
     S().FtpPassword = QStringLiteral("changed");

@@ -268,7 +268,10 @@ TEST_F(BackTreeTest, ARestoreSharesTheRunPanelAndTerminarLeadsBackToFrame5)
     EXPECT_FALSE(m_form->isShown(BackTree::Panel::Frame4));
     m_form->Image2_Click();
     EXPECT_TRUE(m_form->isShown(BackTree::Panel::Frame1) && m_form->isShown(BackTree::Panel::Frame4));
-    EXPECT_TRUE(messages.texts.isEmpty());
+    // The store tries to connect: with no server in the settings it says so.
+    ASSERT_EQ(messages.texts.size(), 1);
+    EXPECT_TRUE(messages.texts[0].startsWith("¡No se pudo establecer conexión con el servidor!"))
+        << messages.texts[0].toStdString();
 }
 
 TEST_F(BackTreeTest, ScanBeforeBackupCountsAndAsksAboutTheInfectedFile)

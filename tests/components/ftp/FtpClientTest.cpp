@@ -1,6 +1,7 @@
 // The FTP component and `vmk ftp` against real servers on 127.0.0.1 only:
 // pyftpdlib for plain FTP (tests/data/ftp/ftp_server.py, with its ways to
 // misbehave), vsftpd with a certificate of its own for FTPS.
+#include "FtpServers.h"
 #include "TestSupport.h"
 
 #include "components/ftp/Fingerprint.h"
@@ -11,17 +12,11 @@
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
-#include <QProcess>
-#include <QRandomGenerator>
 #include <QTemporaryDir>
 
 #include <gtest/gtest.h>
 
-#include <arpa/inet.h>
 #include <dirent.h>
-#include <netinet/in.h>
-#include <sys/socket.h>
-#include <unistd.h>
 
 #include <chrono>
 #include <thread>
@@ -33,44 +28,9 @@ using vmk::test::writeFile;
 
 namespace
 {
-QByteArray randomBytes(qsizetype size)
-{
-    QByteArray b(size, '\0');
-    QRandomGenerator gen(static_cast<quint32>(size));
-    for (char& c : b)
-        c = static_cast<char>(gen.generate() & 0xff);
-    return b;
-}
-
-// pyftpdlib on 127.0.0.1, on a port it picks and prints.
-class PlainServer
-{
-public:
-    explicit PlainServer(const QString& root, const QStringList& extra = {})
-    {
-        m_process.start(QStringLiteral("/usr/bin/python3"),
-            QStringList {
-                vmk::test::testDataDir() + QStringLiteral("/ftp/ftp_server.py"), QStringLiteral("--root"), root }
-                + extra);
-        if (m_process.waitForStarted(10000) && m_process.waitForReadyRead(20000))
-            m_port = m_process.readLine().trimmed().toInt();
-    }
-    ~PlainServer()
-    {
-        m_process.kill();
-        m_process.waitForFinished();
-    }
-    int port() const { return m_port; }
-    QString server() const { return QStringLiteral("127.0.0.1:") + QString::number(m_port); }
-    QString url(const QString& path, const QString& user = QStringLiteral("alice")) const
-    {
-        return QStringLiteral("ftp://%1@127.0.0.1:%2/%3").arg(user).arg(m_port).arg(path);
-    }
-
-private:
-    QProcess m_process;
-    int m_port = 0;
-};
+using PlainServer = vmk::test::PlainFtpServer;
+using TlsServer = vmk::test::TlsFtpServer;
+using vmk::test::randomBytes;
 
 void logIn(FtpClient& c, const PlainServer& s, const QString& password = QStringLiteral("s3cret"))
 {
@@ -402,130 +362,6 @@ TEST(VmkFtp, PutGetListRemoveAndTheDevicesSettings)
     EXPECT_EQ(r.out, "ago-01-2026,10.00.00.zip\n");
 }
 
-namespace
-{
-quint16 freePort()
-{
-    const int fd = socket(AF_INET, SOCK_STREAM, 0);
-    sockaddr_in a {};
-    a.sin_family = AF_INET;
-    a.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-    socklen_t len = sizeof a;
-    bind(fd, reinterpret_cast<sockaddr*>(&a), sizeof a);
-    getsockname(fd, reinterpret_cast<sockaddr*>(&a), &len);
-    close(fd);
-    return ntohs(a.sin_port);
-}
-
-bool answers(quint16 port)
-{
-    const int fd = socket(AF_INET, SOCK_STREAM, 0);
-    sockaddr_in a {};
-    a.sin_family = AF_INET;
-    a.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-    a.sin_port = htons(port);
-    const bool ok = ::connect(fd, reinterpret_cast<sockaddr*>(&a), sizeof a) == 0;
-    close(fd);
-    return ok;
-}
-
-int runQuietly(const QString& program, const QStringList& args, const QByteArray& input = {})
-{
-    QProcess p;
-    p.start(program, args);
-    if (!p.waitForStarted())
-        return -1;
-    p.write(input);
-    p.closeWriteChannel();
-    p.waitForFinished(60000);
-    return p.exitStatus() == QProcess::NormalExit ? p.exitCode() : -1;
-}
-
-// vsftpd on 127.0.0.1 with a self-signed certificate, TLS required for the login
-// and the data, and a local user made for the test and removed after it.
-class TlsServer
-{
-public:
-    TlsServer()
-    {
-        if (geteuid() != 0) {
-            m_skip = "needs root to add a local user for vsftpd";
-            return;
-        }
-        if (!QFileInfo::exists(QStringLiteral("/usr/sbin/vsftpd"))) {
-            m_skip = "vsftpd is not installed";
-            return;
-        }
-        const QString d = m_dir.path();
-        QDir(d).mkpath(QStringLiteral("home"));
-        QDir(d).mkpath(QStringLiteral("empty"));
-        if (runQuietly(QStringLiteral("openssl"),
-                { "req", "-x509", "-newkey", "rsa:2048", "-nodes", "-keyout", d + "/key.pem", "-out", d + "/cert.pem",
-                    "-days", "2", "-subj", "/CN=127.0.0.1", "-addext", "subjectAltName=IP:127.0.0.1" })
-            != 0) {
-            m_skip = "openssl could not make the certificate";
-            return;
-        }
-        QProcess fp;
-        fp.start(QStringLiteral("openssl"), { "x509", "-noout", "-fingerprint", "-sha256", "-in", d + "/cert.pem" });
-        fp.waitForFinished();
-        m_fingerprintText = QString::fromLatin1(fp.readAllStandardOutput()).trimmed();
-        m_user = QStringLiteral("vmkftp%1").arg(getpid());
-        if (runQuietly(QStringLiteral("useradd"), { "-M", "-d", d + "/home", "-s", "/bin/sh", m_user }) != 0) {
-            m_skip = "useradd failed";
-            return;
-        }
-        m_userMade = true;
-        runQuietly(QStringLiteral("chpasswd"), {}, (m_user + QStringLiteral(":Pw-9x7\n")).toUtf8());
-        runQuietly(QStringLiteral("chown"), { m_user, d + "/home" });
-        // The user's session must reach its home below the private temporary folder.
-        QFile::setPermissions(d,
-            QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner | QFile::ReadGroup | QFile::ExeGroup
-                | QFile::ReadOther | QFile::ExeOther);
-        m_port = freePort();
-        const QString conf = QStringLiteral(
-            "listen=YES\nlisten_address=127.0.0.1\nlisten_port=%1\nbackground=NO\nanonymous_enable=NO\n"
-            "local_enable=YES\nwrite_enable=YES\nlocal_umask=022\npasv_enable=YES\npasv_address=127.0.0.1\n"
-            "ssl_enable=YES\nrsa_cert_file=%2/cert.pem\nrsa_private_key_file=%2/key.pem\n"
-            "force_local_logins_ssl=YES\nforce_local_data_ssl=YES\nseccomp_sandbox=NO\npam_service_name=vsftpd\n"
-            "userlist_enable=NO\nchroot_local_user=YES\nallow_writeable_chroot=YES\nsecure_chroot_dir=%2/empty\n")
-                                 .arg(m_port)
-                                 .arg(d);
-        writeFile(d + "/vsftpd.conf", conf.toUtf8());
-        m_process.start(QStringLiteral("/usr/sbin/vsftpd"), { d + "/vsftpd.conf" });
-        for (int i = 0; i < 100 && !answers(m_port); ++i)
-            std::this_thread::sleep_for(std::chrono::milliseconds(50));
-        if (!answers(m_port))
-            m_skip = "vsftpd did not start";
-    }
-    ~TlsServer()
-    {
-        m_process.kill();
-        m_process.waitForFinished();
-        if (m_userMade)
-            runQuietly(QStringLiteral("userdel"), { m_user });
-    }
-    const char* skipReason() const { return m_skip; }
-    QString server() const { return QStringLiteral("127.0.0.1:") + QString::number(m_port); }
-    QString url(const QString& path) const
-    {
-        return QStringLiteral("ftp://%1@127.0.0.1:%2/%3").arg(m_user).arg(m_port).arg(path);
-    }
-    QString user() const { return m_user; }
-    QString home() const { return m_dir.path() + QStringLiteral("/home"); }
-    // As openssl prints it: "sha256 Fingerprint=AB:CD:..."
-    QString fingerprintText() const { return m_fingerprintText; }
-
-private:
-    QTemporaryDir m_dir;
-    QProcess m_process;
-    QString m_user, m_fingerprintText;
-    quint16 m_port = 0;
-    bool m_userMade = false;
-    const char* m_skip = nullptr;
-};
-} // namespace
-
 // A certificate that does not verify is refused with its SHA-256 fingerprint and
 // accepted when exactly that fingerprint is given; the login and the data then
 // travel under TLS (the server takes nothing else).
@@ -589,4 +425,26 @@ TEST(FtpClient, TlsServerCertificateRefusedThenAcceptedByFingerprint)
     EXPECT_EQ(readFile(local.filePath(QStringLiteral("cli.zip"))), data);
     r = runVmk({ "ftp", "ls", server.url(QString()), "--pass-file", pass, "--fingerprint", "AB:CD" });
     EXPECT_EQ(r.code, 2);
+
+    // The certificate the owner accepted on the screen (#FtpCertificate) serves the
+    // device's own server without --fingerprint.
+    QTemporaryDir program;
+    ASSERT_EQ(runVmk({ "settings", "--program-folder", program.path() }).code, 0);
+    const QString cnf = program.filePath(QStringLiteral("VMK.cnf"));
+    QByteArray settings = readFile(cnf);
+    for (const auto& [key, value] : { std::pair { "#FtpServer", server.server() }, { "#FtpUserName", server.user() },
+             { "#FtpPassword", TlsServer::password() } }) {
+        const qsizetype at = settings.indexOf(QByteArray(key) + '=');
+        ASSERT_GE(at, 0) << key;
+        const qsizetype end = settings.indexOf("\r\n", at);
+        settings.replace(at, end - at, QByteArray(key) + '=' + vmk::SealValue(value).toLatin1());
+    }
+    ASSERT_TRUE(writeFile(cnf, settings));
+    r = runVmk({ "ftp", "ls", "ftp:///Respaldos/", "--program-folder", program.path() });
+    EXPECT_EQ(r.code, 1) << r.err.toStdString();
+    settings += "#FtpCertificate=" + vmk::SealValue(Fingerprint::text(pin)).toLatin1() + "\r\n";
+    ASSERT_TRUE(writeFile(cnf, settings));
+    r = runVmk({ "ftp", "ls", "ftp:///Respaldos/", "--program-folder", program.path() });
+    EXPECT_EQ(r.code, 0) << r.err.toStdString();
+    EXPECT_EQ(r.out, " a b.zip\n");
 }
