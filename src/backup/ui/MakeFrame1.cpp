@@ -2,6 +2,9 @@
 #include "backup/ui/BackTree.h"
 #include "backup/ui/BackTreePanels.h"
 #include "backup/ui/RestorePanel.h"
+#include "backup/ui/ServerPanel.h"
+#include "filemanager/FileTreeModel.h"
+#include "filemanager/ui/SmartTree.h"
 
 namespace vmk
 {
@@ -23,6 +26,18 @@ QWidget* MakeFrame1(BackTree& form)
             restore->RestorFiles_Click(archiveKey, caption);
         });
     QObject::connect(frame, &ArchivesPanel::ServerRequested, &form, &BackTree::Image2_Click);
+    // Delete asks as the server's delete does and drops the node once the file is gone.
+    QObject::connect(frame, &ArchivesPanel::DeleteChosen, frame, [frame](const QString& archiveKey, const QString&) {
+        if (ServerPanel::Delete_Click(archiveKey))
+            frame->SmartUI1()->treeModel()->RemoveNodeTree(archiveKey);
+    });
+    // Unpload sends the archive to the server's current folder; the server panel
+    // ignores it while not connected.
+    QObject::connect(
+        frame, &ArchivesPanel::UnploadChosen, &form, [&form](const QString& archiveKey, const QString& caption) {
+            if (auto* server = qobject_cast<ServerPanel*>(form.panel(BackTree::Panel::Frame4)))
+                server->Unpload_Click(archiveKey, caption);
+        });
     QObject::connect(
         frame, &ArchivesPanel::BackRequested, &form, [&form] { form.ShowPanels({ BackTree::Panel::Frame3 }); });
     return frame;

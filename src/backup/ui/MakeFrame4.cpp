@@ -1,6 +1,9 @@
+#include "backup/ui/ArchivesPanel.h"
 #include "backup/ui/BackTree.h"
 #include "backup/ui/BackTreePanels.h"
 #include "backup/ui/ServerPanel.h"
+#include "filemanager/TreeKey.h"
+#include "filemanager/ui/SmartTree.h"
 
 namespace vmk
 {
@@ -12,6 +15,14 @@ QWidget* MakeFrame4(BackTree& form)
     auto* frame = new ServerPanel;
     QObject::connect(&form, &BackTree::ServerShown, frame, [frame] { frame->Servidor(); });
     QObject::connect(&form, &BackTree::Closed, frame, [frame] { frame->Form_Unload(); });
+    // "Subir a Servidor" sends the archive selected in the device's archive tree.
+    frame->setSelectedArchive([&form]() -> QString {
+        auto* archives = qobject_cast<ArchivesPanel*>(form.panel(BackTree::Panel::Frame1));
+        if (!archives)
+            return {};
+        const QString key = archives->SmartUI1()->SelectedKey();
+        return key.isEmpty() || TreeKey::isFolder(key) ? QString() : key;
+    });
     return frame;
 }
 

@@ -3,15 +3,19 @@
 #include "FtpServers.h"
 #include "TestSupport.h"
 
+#include "backup/ui/ArchivesPanel.h"
 #include "backup/ui/BackTree.h"
 #include "backup/ui/FormNewEditS.h"
 #include "backup/ui/ServerPanel.h"
 #include "components/ftp/Fingerprint.h"
+#include "filemanager/FileTreeModel.h"
+#include "filemanager/ui/SmartTree.h"
 #include "foundation/Globals.h"
 #include "foundation/Settings.h"
 #include "platform/DriveMap.h"
 #include "platform/Pump.h"
 
+#include <QAction>
 #include <QApplication>
 #include <QDir>
 #include <QFileDialog>
@@ -474,6 +478,30 @@ TEST_F(ServerPanelTest, BackTreeServerButton)
     form.Image2_Click();
     EXPECT_EQ(nodesOf(*panel), (QStringList { "a.zip", "b.zip" }));
     EXPECT_EQ(panel->client().staleRetries(), 0);
+
+    // The archive tree beside it: its menu's Unpload and "Subir a Servidor" send the
+    // archive chosen there; its Delete asks, removes the file and drops the node.
+    ASSERT_TRUE(writeFile(m_backups + QStringLiteral("/local.zip"), "local bytes"));
+    ASSERT_TRUE(writeFile(m_backups + QStringLiteral("/other.zip"), "other bytes"));
+    auto* archives = qobject_cast<vmk::ArchivesPanel*>(form.panel(vmk::BackTree::Panel::Frame1));
+    ASSERT_NE(archives, nullptr);
+    archives->FillArchives();
+    const QString folderKey = vmk::ArchivesPanel::BackupsFolderKey();
+    ASSERT_TRUE(archives->SmartUI1()->SelectKey(folderKey + QStringLiteral("local.zip")));
+    archives->Unpload()->trigger();
+    EXPECT_EQ(readFile(m_remote + QStringLiteral("/local.zip")), QByteArray("local bytes"));
+    ASSERT_TRUE(archives->SmartUI1()->SelectKey(folderKey + QStringLiteral("other.zip")));
+    panel->Command10_Click();
+    EXPECT_EQ(readFile(m_remote + QStringLiteral("/other.zip")), QByteArray("other bytes"));
+    EXPECT_TRUE(messages.texts.isEmpty()) << messages.texts.join(u'|').toStdString();
+    messages.script({ 6 });
+    archives->Delete()->trigger();
+    EXPECT_FALSE(QFileInfo::exists(m_backups + QStringLiteral("/other.zip")));
+    EXPECT_FALSE(archives->SmartUI1()->treeModel()->NodeExists(folderKey + QStringLiteral("other.zip")));
+    EXPECT_TRUE(QFileInfo::exists(m_backups + QStringLiteral("/local.zip")));
+    EXPECT_EQ(messages.texts.size(), 1);
+    messages.texts.clear();
+
     form.close();
     EXPECT_FALSE(panel->client().isConnected());
     EXPECT_TRUE(messages.texts.isEmpty());
