@@ -41,6 +41,8 @@ public:
     static QString quarantineFolder();
     // Where the sealed item of `name` lies: the quarantine folder + name.
     static QString sealedPath(const QString& name);
+    // True when `path` lies in the program drive's #QuarenteneFolder (not case-sensitive).
+    static bool holdsQuarantinePath(const QString& path);
 
     // The bytes of one line, without its end.
     static QByteArray lineFor(const QString& name, const QString& folder);
