@@ -43,9 +43,9 @@ QString nativeOf(const QString& path)
     return DriveMap::instance().toNative(path);
 }
 
-// Anything under the host name the removal began with, a dangling link included:
-// that too is still to remove. The name is not looked up again, since a twin
-// that differs only in case would answer for a file already gone.
+// Anything under the host name first resolved, a dangling link included: that too
+// is still to remove. Resolving the path again once the entry is gone would find
+// a name that differs only in case and take it for the file.
 bool stillThere(const QString& native)
 {
     return FileRemoval::entryExists(native);
