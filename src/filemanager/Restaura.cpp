@@ -9,6 +9,7 @@
 #include "platform/ConfinedFolder.h"
 #include "platform/DriveMap.h"
 #include "platform/FileRemoval.h"
+#include "platform/FileSearch.h"
 #include "platform/LogicalPath.h"
 #include "scanner/QuarantineKeys.h"
 #include "scanner/QuarantineLedger.h"
@@ -103,7 +104,8 @@ bool restoreLine(const LedgerLine& line, const QString& sealed, const QString& n
     }
     // A second line of the item after its file came back finds nothing to open.
     bool placed = false;
-    if (QFileInfo(nativeSealed).isFile()) {
+    const auto item = FileSearch::entryOfNative(nativeSealed);
+    if (item && item->kind == EntryKind::File) {
         QTemporaryDir clear(QDir::tempPath() + QStringLiteral("/vmk-restore-XXXXXX"));
         const QString clearNative = clear.filePath(QStringLiteral("item"));
         {

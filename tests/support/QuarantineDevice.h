@@ -5,6 +5,8 @@
 #include "foundation/Settings.h"
 #include "platform/DriveMap.h"
 
+#include "TestSupport.h"
+
 #include <QDir>
 #include <QString>
 #include <QStringList>
@@ -43,6 +45,9 @@ public:
     ~QuarantineDevice()
     {
         SetHelperRunner(m_runner);
+        // Names that are not UTF-8 are out of QTemporaryDir's reach.
+        removeTree(m_host);
+        removeTree(m_device);
         DriveMap::instance().resetToHost();
         G() = m_globals;
         S() = m_settings;
