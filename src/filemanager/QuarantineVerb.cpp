@@ -114,7 +114,11 @@ void QuarantineTickedThreats(ThreatListModel& threats)
 {
     // Two alerts of one file give two rows: the second finds its file sealed already.
     QStringList sealed;
+    G().CancelRequested = false;
     for (qsizetype row = 0; row < threats.rowCountWithPending(); ++row) {
+        // Barra's cancel stops before the next file; the one being sealed is finished.
+        if (G().CancelRequested)
+            break;
         if (!threats.isTicked(row))
             continue;
         const QString path = threats.fullPath(row);

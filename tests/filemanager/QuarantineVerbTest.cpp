@@ -2,6 +2,7 @@
 #include "filemanager/Restaura.h"
 #include "foundation/Globals.h"
 #include "foundation/Settings.h"
+#include "platform/Pump.h"
 #include "scanner/ThreatListModel.h"
 
 #include "QuarantineDevice.h"
@@ -209,4 +210,22 @@ TEST_F(Quarantine, TickedRowsAreSealedAndMarkedTheOthersStay)
         m_messages.texts, QStringList { "!El archivo ya existe en Cuarentena!\r\n" + kQuarantine + "already.exe" });
     EXPECT_EQ(ledger(), QByteArray("two alerts.exe|C:\\Docs\\\r\n"));
     expectOwnersValues();
+}
+
+TEST_F(Quarantine, BarrasCancelStopsBeforeTheNextFile)
+{
+    ThreatListModel threats;
+    for (const char* name : { "one.exe", "two.exe" }) {
+        ASSERT_TRUE(writeFile(docs() + '/' + name, name));
+        threats.appendRow(name, "C:\\Docs\\", "Virus:A", true);
+        ASSERT_TRUE(threats.setTicked(threats.rowCountWithPending() - 1, true));
+    }
+    // Cancel pressed while the first file is being sealed.
+    SetPumpHook([] { G().CancelRequested = true; });
+    QuarantineTickedThreats(threats);
+    SetPumpHook({});
+    EXPECT_EQ(threats.status(0), "Cuarentena");
+    EXPECT_TRUE(threats.isTicked(1));
+    EXPECT_TRUE(QFileInfo::exists(docs() + "/two.exe"));
+    EXPECT_EQ(ledger(), QByteArray("one.exe|C:\\Docs\\\r\n"));
 }
