@@ -188,7 +188,9 @@ std::optional<QList<LedgerLine>> QuarantineLedger::read()
         tellLedger(QStringLiteral("¡El registro de cuarentena es demasiado grande!"));
         return std::nullopt;
     }
-    const QByteArray bytes = f.read(kMaxBytes + 1);
+    // Read by the size found, one byte over to see growth past the limit: a read
+    // of the limit itself would first take that much memory for every ledger.
+    const QByteArray bytes = f.read(f.size() + 1);
     if (bytes.size() > kMaxBytes) {
         tellLedger(QStringLiteral("¡El registro de cuarentena es demasiado grande!"));
         return std::nullopt;
