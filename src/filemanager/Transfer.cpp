@@ -214,7 +214,7 @@ bool carryFile(const QString& srcLogical, const QString& srcNative, const QStrin
     // A result that could only be judged once made is scanned before it takes its name.
     if (scanning && !scansSourceFirst(code) && SideScanForExclusion(destLogical, ScanOneFile(tempNative))) {
         ForceDelete(tempLogical);
-        TN().Excluded << destLogical;
+        TN().Excluded << srcLogical;
         return false;
     }
     bool placed = FileReplace::move(tempNative, destNative);
