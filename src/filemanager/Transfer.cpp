@@ -180,7 +180,7 @@ bool carryFile(const QString& srcLogical, const QString& srcNative, const QStrin
     const QString tempNative = joinNative(destFolderNative, tempName);
     switch (code) {
     case TransferCopy:
-        CopyFileInBlocks(srcLogical, tempLogical);
+        CopyFileInBlocks(srcNative, tempNative);
         break;
     case TransferEncrypt:
         EncryptFile(srcLogical, tempLogical);
