@@ -20,9 +20,11 @@
 #include "platform/TerminalInput.h"
 
 #include <QDir>
+#include <QElapsedTimer>
 #include <QRegularExpression>
 #include <QSet>
 
+#include <algorithm>
 #include <cstdio>
 
 namespace
@@ -48,15 +50,15 @@ public:
     {
         if (!m_on)
             return;
+        m_clock.start();
         m_labels = vmk::SetTransferLabelsHook([this](const QString& name, const QString&) {
             m_name = name;
+            m_percent = 0;
             draw();
         });
         m_file = vmk::SetProgressBarFHook([this](int percent) {
-            if (percent != m_percent) {
-                m_percent = percent;
-                draw();
-            }
+            m_percent = percent;
+            draw();
         });
     }
     ~TerminalProgress()
@@ -80,10 +82,15 @@ public:
     }
 
 private:
+    // At most ten lines a second: a folder of small files would otherwise spend
+    // its time writing to the terminal.
     void draw()
     {
+        if (m_drawn && m_clock.elapsed() < 100)
+            return;
+        m_clock.restart();
         const QString line = QStringLiteral("\r\033[K[%1/%2] %3%  %4")
-                                 .arg(vmk::G().DoneFiles > 0 ? vmk::G().DoneFiles : 1)
+                                 .arg(std::max(vmk::G().DoneFiles, 1))
                                  .arg(vmk::G().TotalFiles)
                                  .arg(m_percent, 3)
                                  .arg(m_name);
@@ -94,6 +101,7 @@ private:
 
     bool m_on;
     bool m_drawn = false;
+    QElapsedTimer m_clock;
     QString m_name;
     int m_percent = 0;
     vmk::TransferLabelsHook m_labels;

@@ -301,8 +301,8 @@ void walkFolder(const QString& srcLogical, const QString& srcNative, const QStri
         }
         if (code == TransferDelete) {
             // Links, FIFOs and the like go themselves; nothing behind them is touched.
-            showLabels(e.name, folderShown);
             ++G().DoneFiles;
+            showLabels(e.name, folderShown);
             ProgressBarT(G().TotalFiles > 0 ? G().DoneFiles * 100 / G().TotalFiles : 100);
             ProgressBarF(0);
             deleteFile(entryLogical, e.nativePath);
@@ -323,8 +323,8 @@ void walkFolder(const QString& srcLogical, const QString& srcNative, const QStri
                 continue;
             }
         }
-        showLabels(e.name, folderShown);
         ++G().DoneFiles;
+        showLabels(e.name, folderShown);
         ProgressBarT(G().TotalFiles > 0 ? G().DoneFiles * 100 / G().TotalFiles : 100);
         ProgressBarF(0);
         carryFile(entryLogical, e.nativePath, destLogical, destNative, entryNameNative, e.name);
@@ -445,6 +445,7 @@ void TransferItem(const QString& source, const QString& target, const QString& f
     }
 
     G().TotalFiles = 1;
+    G().DoneFiles = 1;
     const QString logical = LogicalPath::withoutSlash(src);
     const qsizetype cut = logical.lastIndexOf(u'\\');
     const QString name = logical.mid(cut + 1);

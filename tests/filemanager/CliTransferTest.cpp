@@ -4,6 +4,9 @@
 #include <QDir>
 #include <QDirIterator>
 #include <QFile>
+#include <QProcess>
+#include <QRegularExpression>
+#include <QStandardPaths>
 #include <QTemporaryDir>
 
 #include <gtest/gtest.h>
@@ -152,4 +155,21 @@ TEST_F(VmkTransfer, ScanLeavesAnInfectedFileOutAndNamesIt)
     EXPECT_EQ(r.code, 1) << r.err.toStdString();
     EXPECT_EQ(r.out, p("Sealed/eicar.com") + ": infectado; se deja fuera\n");
     EXPECT_EQ(QDir(p("Opened")).entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot), QStringList());
+}
+
+TEST_F(VmkTransfer, ProgressIsDrawnOnlyOnATerminal)
+{
+    if (QStandardPaths::findExecutable("script").isEmpty())
+        GTEST_SKIP() << "script (util-linux) is needed for a terminal";
+    // script gives the command a terminal for its standard output and error.
+    QProcess proc;
+    proc.start("script",
+        { "-qec", "'" + vmk::test::binDir() + "/vmk' copy '" + p("Set") + "' '" + p("Out") + "'", "/dev/null" });
+    ASSERT_TRUE(proc.waitForFinished(60000));
+    const QString shown = QString::fromUtf8(proc.readAllStandardOutput());
+    EXPECT_EQ(proc.exitCode(), 0) << shown.toStdString();
+    EXPECT_TRUE(shown.contains(QRegularExpression("\\[[123]/3\\] +[0-9]+%  (a.txt|b.bin|c.txt)")))
+        << shown.toStdString();
+    EXPECT_TRUE(shown.endsWith("\r\x1b[K")) << "the line is cleared at the end";
+    EXPECT_EQ(filesBelow(p("Out/Set")).size(), 3);
 }
