@@ -163,7 +163,7 @@ bool carryFile(const QString& srcLogical, const QString& srcNative, const QStrin
     const int code = G().OperationCode;
     const QString destNative = joinNative(destFolderNative, nameNative);
     const QString destLogical = LogicalPath::join(destFolderLogical, nameLogical);
-    if (LinkCheck::sameEntry(srcNative, destNative)) {
+    if (FileRemoval::entryExists(destNative) && LinkCheck::sameEntry(srcNative, destNative)) {
         tell(QStringLiteral("¡El origen y el destino son el mismo archivo!"), destLogical);
         TN().Failed << srcLogical;
         return false;
@@ -203,9 +203,8 @@ bool carryFile(const QString& srcLogical, const QString& srcNative, const QStrin
     default:
         return false;
     }
-    const auto made = FileSearch::entryOfNative(tempNative);
-    if (!made || made->kind != EntryKind::File || LinkCheck::isLink(tempNative)) {
-        if (made)
+    if (!LinkCheck::isRegularFile(tempNative)) {
+        if (FileRemoval::entryExists(tempNative))
             ForceDelete(tempNative);
         if (!G().CancelRequested)
             TN().Failed << srcLogical;
