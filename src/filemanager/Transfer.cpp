@@ -142,7 +142,7 @@ bool deleteFile(const QString& logical, const QString& native)
 {
     const QString mode = S().DeleteFilesMode;
     if (mode == QLatin1String("0"))
-        ForceDelete(logical);
+        ForceDelete(native);
     else if (mode == QLatin1String("1"))
         Trash::moveToTrash(native);
     // "2" leaves the file where it is; the caller finds it still there and says so.
@@ -163,7 +163,7 @@ bool carryFile(const QString& srcLogical, const QString& srcNative, const QStrin
     const int code = G().OperationCode;
     const QString destNative = joinNative(destFolderNative, nameNative);
     const QString destLogical = LogicalPath::join(destFolderLogical, nameLogical);
-    if (LinkCheck::sameEntry(srcNative, destNative)) {
+    if (FileRemoval::entryExists(destNative) && LinkCheck::sameEntry(srcNative, destNative)) {
         tell(QStringLiteral("¡El origen y el destino son el mismo archivo!"), destLogical);
         TN().Failed << srcLogical;
         return false;
@@ -180,7 +180,7 @@ bool carryFile(const QString& srcLogical, const QString& srcNative, const QStrin
     const QString tempNative = joinNative(destFolderNative, tempName);
     switch (code) {
     case TransferCopy:
-        CopyFileInBlocks(srcLogical, tempLogical);
+        CopyFileInBlocks(srcNative, tempNative);
         break;
     case TransferEncrypt:
         EncryptFile(srcLogical, tempLogical);
@@ -203,35 +203,34 @@ bool carryFile(const QString& srcLogical, const QString& srcNative, const QStrin
     default:
         return false;
     }
-    const auto made = FileSearch::entryOfNative(tempNative);
-    if (!made || made->kind != EntryKind::File || LinkCheck::isLink(tempNative)) {
-        if (made)
-            ForceDelete(tempLogical);
+    if (!LinkCheck::isRegularFile(tempNative)) {
+        if (FileRemoval::entryExists(tempNative))
+            ForceDelete(tempNative);
         if (!G().CancelRequested)
             TN().Failed << srcLogical;
         return false;
     }
     // A result that could only be judged once made is scanned before it takes its name.
     if (scanning && !scansSourceFirst(code) && SideScanForExclusion(destLogical, ScanOneFile(tempNative))) {
-        ForceDelete(tempLogical);
-        TN().Excluded << destLogical;
+        ForceDelete(tempNative);
+        TN().Excluded << srcLogical;
         return false;
     }
     bool placed = FileReplace::move(tempNative, destNative);
     if (!placed && FileRemoval::entryExists(destNative)
         && !(FileSearch::attributesOfNative(destNative) & AttrDirectory)) {
-        ForceDelete(destLogical);
+        ForceDelete(destNative);
         placed = FileReplace::move(tempNative, destNative);
     }
     if (!placed) {
-        ForceDelete(tempLogical);
+        ForceDelete(tempNative);
         TN().Failed << srcLogical;
         return false;
     }
     TN().Done << destLogical;
     // The source goes only when its result stands.
     if (G().MoveFlag && FileRemoval::entryExists(destNative))
-        ForceDelete(srcLogical);
+        ForceDelete(srcNative);
     return true;
 }
 
@@ -301,8 +300,8 @@ void walkFolder(const QString& srcLogical, const QString& srcNative, const QStri
         }
         if (code == TransferDelete) {
             // Links, FIFOs and the like go themselves; nothing behind them is touched.
-            showLabels(e.name, folderShown);
             ++G().DoneFiles;
+            showLabels(e.name, folderShown);
             ProgressBarT(G().TotalFiles > 0 ? G().DoneFiles * 100 / G().TotalFiles : 100);
             ProgressBarF(0);
             deleteFile(entryLogical, e.nativePath);
@@ -323,8 +322,8 @@ void walkFolder(const QString& srcLogical, const QString& srcNative, const QStri
                 continue;
             }
         }
-        showLabels(e.name, folderShown);
         ++G().DoneFiles;
+        showLabels(e.name, folderShown);
         ProgressBarT(G().TotalFiles > 0 ? G().DoneFiles * 100 / G().TotalFiles : 100);
         ProgressBarF(0);
         carryFile(entryLogical, e.nativePath, destLogical, destNative, entryNameNative, e.name);
@@ -445,6 +444,7 @@ void TransferItem(const QString& source, const QString& target, const QString& f
     }
 
     G().TotalFiles = 1;
+    G().DoneFiles = 1;
     const QString logical = LogicalPath::withoutSlash(src);
     const qsizetype cut = logical.lastIndexOf(u'\\');
     const QString name = logical.mid(cut + 1);

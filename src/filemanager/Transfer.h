@@ -15,6 +15,15 @@ namespace vmk
 // and SV().ArchiveEntryName. Paths are logical ("E:\Docs\x.txt"); a folder ends
 // in "\". One transfer runs at a time, on the interface thread; it pumps events
 // at each entry and each copy block, and stops when G().CancelRequested is set.
+//
+// A move removes a source only once its result exists (a single decompressed file
+// too). Each result is made under a temporary name and renamed into place, so a
+// failed, cancelled or refused file leaves nothing under its name. Refused, each
+// with a message naming the path: a folder into or onto itself, a file onto
+// itself, a target folder that is a link, links leading out of the item's tree
+// and special files (FIFOs, sockets, devices, dangling links). A deleting or
+// moving walk passes WalkGuard::checkChosen first. The screen's own alerts (the
+// source still there after a move or delete) stay with the screen.
 
 // The operation codes of G().OperationCode.
 enum TransferCode : int {
@@ -50,7 +59,7 @@ TransferLabelsHook SetTransferLabelsHook(TransferLabelsHook hook);
 // What became of the files of the last TransferItem, for callers that report in
 // words of their own (the command-line tool). Emptied at the start of each item.
 struct TransferNotes {
-    QStringList Excluded; // left out at the scan step (the source, or the removed result)
+    QStringList Excluded; // sources left out at the scan step (of their own, or their result, found infected)
     QStringList Kept; // existing targets kept after a "no" to the overwrite question
     QStringList Failed; // sources whose stage left no result
     QStringList Done; // results written
