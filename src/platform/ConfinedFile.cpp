@@ -1,6 +1,7 @@
 #include "platform/ConfinedFile.h"
 
 #include <cerrno>
+#include <cstdio>
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -39,13 +40,27 @@ bool ConfinedFile::write(const char* data, qint64 length)
 
 bool ConfinedFile::commit(qint64 modified)
 {
+    return finish(modified, true);
+}
+
+bool ConfinedFile::commitNew(qint64 modified)
+{
+    return finish(modified, false);
+}
+
+bool ConfinedFile::finish(qint64 modified, bool replace)
+{
     if (m_fd < 0)
         return false;
     const struct timespec times[2] = { { 0, UTIME_OMIT }, { static_cast<time_t>(modified), 0 } };
     ::futimens(m_fd, times);
     const bool closed = ::close(m_fd) == 0;
     m_fd = -1;
-    if (!closed || ::renameat(m_folderFd, m_tempName.constData(), m_folderFd, m_finalName.constData()) != 0) {
+    const char* from = m_tempName.constData();
+    const char* to = m_finalName.constData();
+    const bool renamed = replace ? ::renameat(m_folderFd, from, m_folderFd, to) == 0
+                                 : ::renameat2(m_folderFd, from, m_folderFd, to, RENAME_NOREPLACE) == 0;
+    if (!closed || !renamed) {
         cancel();
         return false;
     }

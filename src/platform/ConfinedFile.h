@@ -19,9 +19,14 @@ public:
     bool write(const char* data, qint64 length);
     // Sets the modification time (seconds since the epoch) and renames the file into place.
     bool commit(qint64 modified);
+    // The same, but only while nothing stands under the name: an entry that
+    // appeared there meanwhile is kept, and false comes back.
+    bool commitNew(qint64 modified);
     void cancel();
 
 private:
+    bool finish(qint64 modified, bool replace);
+
     int m_folderFd;
     int m_fd;
     QByteArray m_tempName, m_finalName;

@@ -15,6 +15,7 @@
 #include "scanner/Antivir.h"
 #include "scanner/EventListModel.h"
 #include "scanner/MemoryScan.h"
+#include "scanner/QuarantineKeys.h"
 #include "scanner/ThreatActions.h"
 #include "scanner/ThreatListModel.h"
 
@@ -79,7 +80,7 @@ protected:
     void seal(const QString& clearLogical, const QString& itemLogical)
     {
         S().EncripAlgorithm = 0;
-        G().PassPhrase = ScanSession::quarantinePassPhrase();
+        G().PassPhrase = scanner::QuarantineKeys::passPhrase();
         ASSERT_TRUE(EncryptFile(clearLogical, itemLogical));
         // The owner's own values, which the item's scan replaces.
         S().EncripAlgorithm = 1;
@@ -442,7 +443,7 @@ TEST(VmkScanSession, DeviceQuarantineItemAndMemory)
     const QString oldPass = G().PassPhrase;
     const int oldAlgorithm = S().EncripAlgorithm;
     S().EncripAlgorithm = 0;
-    G().PassPhrase = ScanSession::quarantinePassPhrase();
+    G().PassPhrase = scanner::QuarantineKeys::passPhrase();
     ASSERT_TRUE(EncryptFile("C:\\src.exe", "E:\\Mis Documentos\\Cuarentena\\run.exe"));
     G().PassPhrase = oldPass;
     S().EncripAlgorithm = oldAlgorithm;

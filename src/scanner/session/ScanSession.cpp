@@ -1,5 +1,8 @@
 #include "scanner/session/ScanSession.h"
 
+#include "scanner/QuarantineKeys.h"
+#include "scanner/QuarantineLedger.h"
+
 #include "filemanager/Stages.h"
 #include "foundation/ForceDelete.h"
 #include "foundation/Globals.h"
@@ -11,6 +14,8 @@
 #include "platform/Pump.h"
 #include "scanner/Antivir.h"
 #include "scanner/MemoryScan.h"
+#include "scanner/QuarantineKeys.h"
+#include "scanner/QuarantineLedger.h"
 #include "scanner/ScanAhead.h"
 
 #include <QDir>
@@ -115,10 +120,7 @@ void ScanSession::setJobs(int jobs)
 
 bool ScanSession::IsQuarantineItem(const QString& path)
 {
-    // Without a program drive or a quarantine folder nothing is a quarantined item.
-    if (G().ProgramDrive.isEmpty() || S().QuarenteneFolder.isEmpty())
-        return false;
-    return path.contains(G().ProgramDrive + S().QuarenteneFolder, Qt::CaseInsensitive);
+    return scanner::QuarantineLedger::holdsQuarantinePath(path);
 }
 
 void ScanSession::Pause()
@@ -284,14 +286,11 @@ void ScanSession::ScanAndRecord(ScanRecord& rec, qsizetype row, qint64 ticket, b
     if (IsQuarantineItem(rec.Path)) {
         // The fixed pass phrase and index are swapped in for this item alone: left
         // set, they would seal the owner's next files under the quarantine's phrase.
-        const int algorithm = S().EncripAlgorithm;
-        const QString passPhrase = G().PassPhrase;
-        S().EncripAlgorithm = 0;
-        G().PassPhrase = quarantinePassPhrase();
         const QString clearNative = clearCopies.filePath(QStringLiteral("item"));
-        DecryptFile(rec.Path, clearNative);
-        S().EncripAlgorithm = algorithm;
-        G().PassPhrase = passPhrase;
+        {
+            const scanner::QuarantineKeys keys;
+            DecryptFile(rec.Path, clearNative);
+        }
         mark = true;
         rec.ScannedPath = clearNative;
         rec.Result = ScanOneFile(rec.ScannedPath);

@@ -31,8 +31,6 @@ public:
     static constexpr int kPausePollMs = 500;
     static constexpr int kFlushIntervalMs = 100; // rows reach the views at most this often
     static QString memoryTarget() { return QStringLiteral("*Memory*"); }
-    // The fixed pass phrase of sealed quarantine items.
-    static QString quarantinePassPhrase() { return QStringLiteral("PKWDtorbel"); }
 
     explicit ScanSession(QObject* parent = nullptr);
     ~ScanSession() override;

@@ -1,12 +1,17 @@
 #include "scanner/ui/scanTree.h"
 
 #include "filemanager/FileTreeModel.h"
+#include "filemanager/QuarantineVerb.h"
+#include "filemanager/Transfer.h"
 #include "filemanager/TreeKey.h"
 #include "filemanager/ui/SmartTree.h"
 #include "foundation/Globals.h"
 #include "foundation/Translate.h"
+#include "foundation/ui/AnimationArea.h"
 #include "foundation/ui/ApplyLanguage.h"
+#include "foundation/ui/Barra.h"
 #include "foundation/ui/ClickLabel.h"
+#include "platform/LogicalPath.h"
 #include "scanner/ThreatActions.h"
 
 #include <QCloseEvent>
@@ -34,8 +39,6 @@ namespace
 {
 // The marker of the tab on show, and of the others (the system's window colour).
 const QColor kTabOn(0xff, 0xff, 0x80);
-
-const QString kQuarantineWaits = QStringLiteral("La cuarentena estará disponible con el motor de transferencias");
 
 QStringList hostChildrenOfKind(const FileTreeModel& model, TreeNode::Kind kind)
 {
@@ -162,9 +165,9 @@ scanTree::scanTree(QWidget* parent)
     m_command7->setObjectName(QStringLiteral("Command7"));
     m_command8 = new QPushButton(QStringLiteral("Cuarentena"), m_frame5);
     m_command8->setObjectName(QStringLiteral("Command8"));
-    m_command8->setEnabled(false);
     connect(m_command6, &QPushButton::clicked, this, &scanTree::Command6_Click);
     connect(m_command7, &QPushButton::clicked, this, &scanTree::Command7_Click);
+    connect(m_command8, &QPushButton::clicked, this, &scanTree::Command8_Click);
     auto* verbs = new QHBoxLayout;
     verbs->addStretch();
     verbs->addWidget(m_command6);
@@ -241,7 +244,6 @@ QPushButton* scanTree::addButton(const char* name, const QString& caption)
 void scanTree::Form_Load()
 {
     ApplyLanguage(this);
-    m_command8->setToolTip(Translate(kQuarantineWaits));
     if (const QScreen* s = screen() ? screen() : QGuiApplication::primaryScreen())
         move(s->availableGeometry().center() - rect().center());
 
@@ -395,6 +397,22 @@ void scanTree::Command6_Click()
 void scanTree::Command7_Click()
 {
     DisinfectTickedThreats(m_session.ListViewInf());
+}
+
+void scanTree::Command8_Click()
+{
+    // Barra shows the sealing of each file; the verb itself knows no window.
+    Barra barra(this);
+    barra.Animation()->Open(LogicalPath::withSlash(G().ProgramFolder) + QStringLiteral("FileCopy.avi"));
+    barra.LabelC()->setText(QStringLiteral("1\\1"));
+    const TransferLabelsHook previous = SetTransferLabelsHook([&barra](const QString& name, const QString& folder) {
+        barra.LabelF()->setText(name);
+        barra.Label(4)->setText(folder);
+    });
+    barra.show();
+    QuarantineTickedThreats(m_session.ListViewInf());
+    SetTransferLabelsHook(previous);
+    barra.close();
 }
 
 void scanTree::closeEvent(QCloseEvent* event)

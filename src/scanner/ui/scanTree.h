@@ -43,6 +43,7 @@ public:
     void Label14_Click(); // "Infectados"
     void Command6_Click(); // delete the ticked threats
     void Command7_Click(); // disinfect the ticked threats
+    void Command8_Click(); // seal the ticked threats into the quarantine
     void Timer_Timer(); // the deferred untick of a refused tick
 
     SmartTree* SmartDataTree() const { return m_tree; }
