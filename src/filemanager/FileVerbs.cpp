@@ -93,8 +93,8 @@ bool FileVerbs::RenameItem(const QString& path, const QString& parentFolder, con
     case EntryChange::Outcome::Done:
         return true;
     case EntryChange::Outcome::Exists:
-        ShowMessage(Translate(QStringLiteral("¡Ya existe un archivo o carpeta con ese nombre!")) + QStringLiteral("\r\n")
-            + joined(parentFolder, newName));
+        ShowMessage(Translate(QStringLiteral("¡Ya existe un archivo o carpeta con ese nombre!"))
+            + QStringLiteral("\r\n") + joined(parentFolder, newName));
         return false;
     case EntryChange::Outcome::Failed:
         break;
@@ -112,8 +112,8 @@ bool FileVerbs::MakeFolder(const QString& parentFolder, const QString& name)
     case EntryChange::Outcome::Done:
         return true;
     case EntryChange::Outcome::Exists:
-        ShowMessage(Translate(QStringLiteral("¡Ya existe un archivo o carpeta con ese nombre!")) + QStringLiteral("\r\n")
-            + joined(parentFolder, name));
+        ShowMessage(Translate(QStringLiteral("¡Ya existe un archivo o carpeta con ese nombre!"))
+            + QStringLiteral("\r\n") + joined(parentFolder, name));
         return false;
     case EntryChange::Outcome::Failed:
         break;

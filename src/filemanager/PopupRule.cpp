@@ -40,7 +40,8 @@ QHash<QString, bool> PopupRule::Decide(const Input& in)
         for (const char* name : { "Properties", "Rename", "Linea1" })
             items.insert(QLatin1String(name), true);
     } else {
-        for (const char* name : { "OpenF", "Rename", "Properties", "NewFolder", "linea", "Linea1", "linea2", "Restaura" })
+        for (const char* name :
+            { "OpenF", "Rename", "Properties", "NewFolder", "linea", "Linea1", "linea2", "Restaura" })
             items.insert(QLatin1String(name), false);
     }
 

@@ -2,6 +2,7 @@
 
 #include "filemanager/FileTreeModel.h"
 #include "filemanager/PopupRule.h"
+#include "filemanager/Restaura.h"
 #include "filemanager/SelectionMarks.h"
 #include "filemanager/Transfer.h"
 #include "filemanager/TreeKey.h"
@@ -132,7 +133,8 @@ QAction* frmDataTree::addItem(QMenu* menu, const char* name, const QString& capt
     action->setObjectName(QLatin1String(name));
     // The verb runs after the menu is gone: it may wait for ticks, dispatching events.
     connect(action, &QAction::triggered, this, [this, slot] {
-        QMetaObject::invokeMethod(this, [this, slot] { (this->*slot)(); }, Qt::QueuedConnection);
+        QMetaObject::invokeMethod(
+            this, [this, slot] { (this->*slot)(); }, Qt::QueuedConnection);
     });
     m_items.insert(QLatin1String(name), action);
     return action;
@@ -150,12 +152,13 @@ void frmDataTree::wireTree(SmartTree* tree, int side)
 {
     Q_UNUSED(side);
     tree->setNodeDrags(true);
-    connect(tree, &SmartTree::MouseUp, this, [this, tree](const QString& key, Qt::MouseButton button, const QPoint& at) {
-        if (button != Qt::RightButton || key.isEmpty())
-            return;
-        tree->SelectKey(key);
-        PopupFor(tree, &at);
-    });
+    connect(
+        tree, &SmartTree::MouseUp, this, [this, tree](const QString& key, Qt::MouseButton button, const QPoint& at) {
+            if (button != Qt::RightButton || key.isEmpty())
+                return;
+            tree->SelectKey(key);
+            PopupFor(tree, &at);
+        });
     connect(tree, &SmartTree::OLEDragOver, this, [this](const QString& key) { m_dropTargetKey = key; });
     connect(tree, &SmartTree::OLEDragDrop, this,
         [this, tree](const QString& key, const QString& sourceTree, const QString& sourceKey, const QPoint& at) {
@@ -294,8 +297,8 @@ void frmDataTree::prepareItem(int code, const QString& count)
 {
     G().CancelRequested = false;
     G().OperationCode = code;
-    m_barra->Animation()->Open(
-        G().ProgramFolder + (code == TransferDelete ? QStringLiteral("\\Filedel.avi") : QStringLiteral("\\FileCopy.avi")));
+    m_barra->Animation()->Open(G().ProgramFolder
+        + (code == TransferDelete ? QStringLiteral("\\Filedel.avi") : QStringLiteral("\\FileCopy.avi")));
     m_barra->LabelC()->setText(count);
     m_barra->Command1()->setEnabled(true);
     // The seal stages and delete report no progress within a file.
@@ -510,8 +513,8 @@ void frmDataTree::tick(bool fromDrop)
             m_barra->LabelF()->setText(name);
             m_barra->Label(4)->setText(folder);
         });
-        TransferItem(TreeKey::pathOf(G().SourcePath), TreeKey::pathOf(G().TargetPath),
-            TreeKey::pathOf(G().SourceFolderName));
+        TransferItem(
+            TreeKey::pathOf(G().SourcePath), TreeKey::pathOf(G().TargetPath), TreeKey::pathOf(G().SourceFolderName));
         SetTransferLabelsHook(previous);
     }
     if (G().CancelRequested)
@@ -608,7 +611,8 @@ void frmDataTree::Rename_Click()
     // documents root is renamed like any other.
     form->RenameParent = TreeKey::pathOf(parentKey);
     const QModelIndex index = tree->treeModel()->indexOf(key);
-    form->Picture1()->setPixmap(TreeIcons::instance()
+    form->Picture1()->setPixmap(
+        TreeIcons::instance()
             .icon(index.data(FileTreeModel::ImageKeyRole).toString(), index.data(FileTreeModel::KindRole).toInt(),
                 index.data(FileTreeModel::PathRole).toString())
             .pixmap(32, 32));
@@ -638,8 +642,8 @@ void frmDataTree::NewFolder_Click()
     }
     form->LabelF()->setToolTip(TreeKey::pathOf(key));
     form->Picture1()->setPixmap(TreeIcons::instance()
-            .icon(TreeKey::folderImage(), int(TreeNode::Kind::Folder), TreeKey::pathOf(key))
-            .pixmap(32, 32));
+                                    .icon(TreeKey::folderImage(), int(TreeNode::Kind::Folder), TreeKey::pathOf(key))
+                                    .pixmap(32, 32));
     connect(form, &FormNewEdit::changed, this, [this, tree, key] {
         refreshFolder(key);
         tree->Expand(key);
@@ -668,6 +672,11 @@ void frmDataTree::Properties_Click()
 
 void frmDataTree::Restaura_Click()
 {
+    const QString key = m_device->SelectedKey();
+    if (key.isEmpty())
+        return;
+    if (Restaura(key).SealedGone)
+        m_device->treeModel()->RemoveNodeTree(key);
 }
 
 void frmDataTree::closeEvent(QCloseEvent* event)

@@ -3,13 +3,13 @@
 #include <QHash>
 #include <QPointer>
 #include <QStringList>
+#include <QTimer>
 #include <QWidget>
 
 #include <memory>
 
 class QAction;
 class QMenu;
-class QTimer;
 
 namespace vmk
 {

@@ -32,9 +32,9 @@ frmProperties::frmProperties(const FileVerbs::Facts& facts, QWidget* parent)
         size += QStringLiteral(" (") + QString::number(facts.files) + u' ' + Translate(QStringLiteral("archivos"))
             + (facts.partial ? QStringLiteral(", +") : QString()) + u')';
     }
-    const QString type = facts.link ? Translate(QStringLiteral("Enlace simbólico")) + QStringLiteral(" · ")
-            + Translate(facts.type)
-                                    : Translate(facts.type);
+    const QString type = facts.link
+        ? Translate(QStringLiteral("Enlace simbólico")) + QStringLiteral(" · ") + Translate(facts.type)
+        : Translate(facts.type);
     const struct {
         const char* caption;
         const char* name;

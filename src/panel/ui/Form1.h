@@ -1,8 +1,10 @@
 #pragma once
 
+#include "filemanager/ui/frmDataTree.h"
 #include "panel/PanelFigures.h"
 
 #include <QHash>
+#include <QPointer>
 #include <QWidget>
 
 #include <functional>
@@ -58,11 +60,14 @@ public:
     void Image17_Click(); // the maker's web site (also Label11, Image23)
     void Image16_Click(); // the lock, then the password manager (PassTree)
     void Image18_Click(); // the lock, then the settings dialog (FrmConf)
+    void Image12_Click(); // the file manager (frmDataTree)
     void Image13_Click(); // scan the computer
     void Image14_Click(); // scan the device
 
     // The scanner, once a scan button has opened it.
     scanTree* ScanForm() const { return m_scanTree; }
+    // The file manager, while the last one Image12 opened is open.
+    frmDataTree* DataTreeForm() const { return m_dataTree; }
 
     QTimer* Timer1() const { return m_timer1; }
     QTimer* TimerUpdate() const { return m_timerUpdate; }
@@ -99,6 +104,7 @@ private:
     BarraUpdate* m_barraUpdate = nullptr;
     FormEject* m_formEject = nullptr;
     scanTree* m_scanTree = nullptr;
+    QPointer<frmDataTree> m_dataTree;
     QLabel* m_background = nullptr;
     QLabel* m_shield = nullptr;
     QLabel* m_engineReason = nullptr;
