@@ -1,5 +1,7 @@
 #pragma once
 
+#include "filemanager/ui/FormNewEdit.h"
+
 #include <QHash>
 #include <QPointer>
 #include <QStringList>
@@ -15,7 +17,6 @@ namespace vmk
 {
 
 class Barra;
-class FormNewEdit;
 class SmartTree;
 
 // The file manager: the host tree (SmartDataTree) and the device tree (SmartUIFlash)
