@@ -43,10 +43,12 @@ QString nativeOf(const QString& path)
     return DriveMap::instance().toNative(path);
 }
 
-// Anything under the name, a dangling link included: that too is still to remove.
-bool stillThere(const QString& path)
+// Anything under the host name first resolved, a dangling link included: that too
+// is still to remove. Resolving the path again once the entry is gone would find
+// a name that differs only in case and take it for the file.
+bool stillThere(const QString& native)
 {
-    return FileRemoval::entryExists(nativeOf(path));
+    return FileRemoval::entryExists(native);
 }
 } // namespace
 
@@ -65,12 +67,12 @@ void ForceDelete(const QString& path)
     SetMousePointer(11);
     const QString native = nativeOf(path);
     FileRemoval::makeWritableAndRemove(native, false);
-    if (stillThere(path)) {
+    if (stillThere(native)) {
         const bool scheduled = ScheduleDeleteAtReboot(path);
         runHelper(QStringLiteral("Unlock.exe"), path);
         FileRemoval::makeWritable(native);
         runHelper(QStringLiteral("Delete.exe"), path);
-        if (scheduled && stillThere(path))
+        if (scheduled && stillThere(native))
             ShowMessage(QStringLiteral("¡El archivo será eliminado en el próximo reinicio de su sistema!"), 0);
     }
     SetMousePointer(1);

@@ -4,18 +4,19 @@
 #include "foundation/Messages.h"
 #include "foundation/Translate.h"
 #include "platform/DriveMap.h"
+#include "platform/FileSearch.h"
+#include "platform/LinkCheck.h"
 #include "platform/MountTable.h"
 #include "platform/PathForm.h"
-
-#include <QFileInfo>
 
 namespace vmk
 {
 namespace
 {
+// Through the platform's byte form, so a folder whose name is not UTF-8 is judged too.
 QString canonical(const QString& native)
 {
-    return native.isEmpty() ? QString() : QFileInfo(native).canonicalFilePath();
+    return LinkCheck::resolved(native);
 }
 
 bool strictlyBelow(const QString& path, const QString& root)
@@ -26,6 +27,16 @@ bool strictlyBelow(const QString& path, const QString& root)
 
 WalkGuard::Refusal WalkGuard::check(const QString& logicalFolder, QString* nativeFolder)
 {
+    return checkOn(logicalFolder, nativeFolder, false);
+}
+
+WalkGuard::Refusal WalkGuard::checkChosen(const QString& logicalFolder, QString* nativeFolder)
+{
+    return checkOn(logicalFolder, nativeFolder, true);
+}
+
+WalkGuard::Refusal WalkGuard::checkOn(const QString& logicalFolder, QString* nativeFolder, bool anyDrive)
+{
     if (!DriveMap::hasDriveLetter(logicalFolder))
         return logicalFolder.trimmed().isEmpty() ? NoFolder : OutsideDevice;
     const QString below = logicalFolder.mid(2);
@@ -34,16 +45,17 @@ WalkGuard::Refusal WalkGuard::check(const QString& logicalFolder, QString* nativ
     if (PathForm::hasDotComponent(below))
         return DotComponent;
     const DriveMap& map = DriveMap::instance();
-    const auto device = map.device();
+    const auto device = anyDrive ? map.drive(logicalFolder[0]) : map.device();
     if (!device || logicalFolder[0].toUpper() != device->letter.toUpper())
         return OutsideDevice;
     if (below.split(QLatin1Char('\\'), Qt::SkipEmptyParts).isEmpty())
         return DeviceRoot;
     const QString native = map.toNative(logicalFolder);
-    if (QFileInfo(native).isSymLink())
+    if (LinkCheck::isLink(native))
         return Link;
     const QString real = canonical(native);
-    if (real.isEmpty() || !QFileInfo(real).isDir())
+    const quint32 attributes = real.isEmpty() ? quint32(AttrInvalid) : FileSearch::attributesOfNative(real);
+    if (attributes == AttrInvalid || !(attributes & AttrDirectory))
         return Missing;
     // Compared as the kernel resolves them, so that no link on the way (the
     // folder's own or one of its parents) can lead the walk off the device.
@@ -63,7 +75,18 @@ WalkGuard::Refusal WalkGuard::check(const QString& logicalFolder, QString* nativ
 std::optional<QString> WalkGuard::folderForDeletingWalk(const QString& logicalFolder, const QString& key)
 {
     QString native;
-    const Refusal refusal = check(logicalFolder, &native);
+    return tell(check(logicalFolder, &native), native, logicalFolder, key);
+}
+
+std::optional<QString> WalkGuard::chosenFolderForDeletingWalk(const QString& logicalFolder, const QString& key)
+{
+    QString native;
+    return tell(checkChosen(logicalFolder, &native), native, logicalFolder, key);
+}
+
+std::optional<QString> WalkGuard::tell(
+    Refusal refusal, const QString& native, const QString& logicalFolder, const QString& key)
+{
     if (refusal == Accepted)
         return native;
     if (refusal != Missing)

@@ -1,5 +1,7 @@
 #include "platform/FileRemoval.h"
 
+#include "platform/NativeName.h"
+
 #include <QFile>
 #include <QFileInfo>
 
@@ -38,15 +40,15 @@ void giveWrite(const QByteArray& path)
 void FileRemoval::makeWritable(const QString& nativePath)
 {
     if (!nativePath.isEmpty())
-        giveWrite(QFile::encodeName(nativePath));
+        giveWrite(NativeName::toBytes(nativePath));
 }
 
 void FileRemoval::unlock(const QString& nativePath)
 {
     if (nativePath.isEmpty())
         return;
-    const QByteArray file = QFile::encodeName(nativePath);
-    const QByteArray folder = QFile::encodeName(QFileInfo(nativePath).absolutePath());
+    const QByteArray file = NativeName::toBytes(nativePath);
+    const QByteArray folder = NativeName::toBytes(QFileInfo(nativePath).absolutePath());
     clearFlags(folder);
     giveWrite(folder);
     clearFlags(file);
@@ -57,7 +59,7 @@ bool FileRemoval::makeWritableAndRemove(const QString& nativePath, bool emptyFol
 {
     if (nativePath.isEmpty())
         return false;
-    const QByteArray path = QFile::encodeName(nativePath);
+    const QByteArray path = NativeName::toBytes(nativePath);
     giveWrite(path);
     if (::unlink(path.constData()) != 0 && emptyFolderToo && (errno == EISDIR || errno == EPERM))
         ::rmdir(path.constData());
@@ -68,7 +70,7 @@ bool FileRemoval::makeWritableAndRemove(const QString& nativePath, bool emptyFol
 bool FileRemoval::entryExists(const QString& nativePath)
 {
     struct stat st;
-    return !nativePath.isEmpty() && ::lstat(QFile::encodeName(nativePath).constData(), &st) == 0;
+    return !nativePath.isEmpty() && ::lstat(NativeName::toBytes(nativePath).constData(), &st) == 0;
 }
 
 } // namespace vmk

@@ -1,6 +1,7 @@
 #include "platform/FileReplace.h"
 
 #include "platform/FileRemoval.h"
+#include "platform/NativeName.h"
 
 #include <QFile>
 #include <QFileInfo>
@@ -14,14 +15,14 @@ namespace vmk
 
 bool FileReplace::exchange(const QString& nativeA, const QString& nativeB)
 {
-    const QByteArray a = QFile::encodeName(nativeA), b = QFile::encodeName(nativeB);
+    const QByteArray a = NativeName::toBytes(nativeA), b = NativeName::toBytes(nativeB);
     return !a.isEmpty() && !b.isEmpty()
         && ::renameat2(AT_FDCWD, a.constData(), AT_FDCWD, b.constData(), RENAME_EXCHANGE) == 0;
 }
 
 bool FileReplace::move(const QString& nativeSource, const QString& nativeTarget)
 {
-    const QByteArray from = QFile::encodeName(nativeSource), to = QFile::encodeName(nativeTarget);
+    const QByteArray from = NativeName::toBytes(nativeSource), to = NativeName::toBytes(nativeTarget);
     return !from.isEmpty() && !to.isEmpty() && std::rename(from.constData(), to.constData()) == 0;
 }
 

@@ -101,11 +101,19 @@ QString NotScannedText(EntryKind kind)
 
 bool SideScanForExclusion(const QString& path)
 {
-    G().ExcludeFile = false;
     const engine::ScanResult r = engine::ScanFile(reinterpret_cast<const char16_t*>(path.utf16()));
-    if (r.ReturnCode == 0 && r.AlertCount >= 1) {
+    FileScanResult result;
+    result.ReturnCode = r.ReturnCode;
+    result.AlertCount = r.AlertCount;
+    return SideScanForExclusion(path, result);
+}
+
+bool SideScanForExclusion(const QString& shownPath, const FileScanResult& result)
+{
+    G().ExcludeFile = false;
+    if (result.infected()) {
         const QString text
-            = Translate(QStringLiteral("¡Archivo infectado! ¿Desea excluir este archivo?")) + "\r\n" + path;
+            = Translate(QStringLiteral("¡Archivo infectado! ¿Desea excluir este archivo?")) + "\r\n" + shownPath;
         if (ShowMessage(text, 4) == 6)
             G().ExcludeFile = true;
     }

@@ -49,5 +49,8 @@ QString NotScannedText(EntryKind kind);
 // The side scan of the file verbs: asks whether an infected file is to be left
 // out, sets G().ExcludeFile and returns it. An engine error counts as clean.
 bool SideScanForExclusion(const QString& path);
+// The same question for a file already scanned (ahead of a walk, or under another
+// name than the one the user knows): `shownPath` is the path the question names.
+bool SideScanForExclusion(const QString& shownPath, const FileScanResult& result);
 
 } // namespace vmk
