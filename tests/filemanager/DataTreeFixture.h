@@ -39,6 +39,12 @@ protected:
         m_drives = std::make_unique<TreeDrives>();
         m_oldData = qgetenv("XDG_DATA_HOME");
         qputenv("XDG_DATA_HOME", QFile::encodeName(m_data.path()));
+        G().ProgramFolder = QStringLiteral("E:\\VMK");
+        QDir().mkpath(device("VMK"));
+        {
+            MessageRecorder quiet;
+            ReadSettings(); // a fresh device: the defaults, written to E:\VMK\VMK.cnf
+        }
         S().CompFileFolder = QStringLiteral("\\Documentos Comprimidos\\");
         S().EncriptFileFolder = QStringLiteral("\\Documentos Encriptados\\");
         S().QuarenteneFolder = QStringLiteral("\\Mis Documentos\\Cuarentena\\");
@@ -148,6 +154,24 @@ protected:
             }
         }
         return shown;
+    }
+
+    // Lets the ticks run until the verb's items are all done.
+    void settle()
+    {
+        for (int i = 0; i < 20000 && (m_form->TimerF()->isActive() || m_form->TimerD()->isActive() || m_form->busy());
+             ++i)
+            QCoreApplication::processEvents(QEventLoop::AllEvents, 20);
+    }
+    // Copy (or Cut) `key` of one tree, then the paste verb `verb` on `target` of the other.
+    void paste(SmartTree& from, const QString& key, bool cut, SmartTree& onto, const QString& target, const char* verb)
+    {
+        rightClick(from, key);
+        choose(cut ? "Cut" : "Copy");
+        rightClick(onto, target);
+        EXPECT_TRUE(offered().contains(QLatin1String(verb))) << verb << " on " << target.toStdString();
+        choose(verb);
+        settle();
     }
 
     std::unique_ptr<TreeDrives> m_drives;
