@@ -390,8 +390,10 @@ TEST_F(DataTreeTransferTest, RestoreFromTheQuarantineThroughThePopup)
     EXPECT_TRUE(messages.texts.isEmpty()) << messages.texts.join(" / ").toStdString();
 }
 
+using DataTreePictures = DataTreeFixture;
+
 // Pictures for the README: set VMK_SHOTS to a folder.
-TEST_F(DataTreeTransferTest, Pictures)
+TEST_F(DataTreePictures, TwoTreesWithTheMenuAndBarraDuringACopy)
 {
     const QString dir = qEnvironmentVariable("VMK_SHOTS");
     if (dir.isEmpty())
