@@ -315,16 +315,8 @@ void frmDataTree::waitForTick()
         QCoreApplication::processEvents(QEventLoop::AllEvents | QEventLoop::WaitForMoreEvents);
 }
 
-void frmDataTree::pasteVerb(int code, bool passPhrase)
+void frmDataTree::runClipboard(int code, QTimer* timer, bool fromDrop)
 {
-    if (passPhrase && !passwords::AskOwnerPassword(this))
-        return;
-    if (m_listMultiple.isEmpty()) {
-        m_index = m_count = 0;
-        prepareItem(code, QStringLiteral("1\\1"));
-        m_timerF->start();
-        return;
-    }
     m_count = int(m_listMultiple.size());
     for (m_index = 1; m_index <= m_count; ++m_index) {
         const QString key = m_listMultiple.at(m_index - 1);
@@ -336,12 +328,27 @@ void frmDataTree::pasteVerb(int code, bool passPhrase)
         } else {
             G().SourceLeaf.clear();
         }
+        if (fromDrop)
+            G().TargetPath = m_dropTargetKey;
         prepareItem(code, QString::number(m_index) + u'\\' + QString::number(m_count));
         m_busy = true;
-        m_timerF->start();
+        timer->start();
         waitForTick();
     }
     m_listMultiple.clear();
+}
+
+void frmDataTree::pasteVerb(int code, bool passPhrase)
+{
+    if (passPhrase && !passwords::AskOwnerPassword(this))
+        return;
+    if (m_listMultiple.isEmpty()) {
+        m_index = m_count = 0;
+        prepareItem(code, QStringLiteral("1\\1"));
+        m_timerF->start();
+        return;
+    }
+    runClipboard(code, m_timerF, false);
 }
 
 void frmDataTree::Paste_Click()
@@ -390,24 +397,7 @@ void frmDataTree::dragVerb(int code, bool move, bool passPhrase)
         m_timerD->start();
         return;
     }
-    m_count = int(m_listMultiple.size());
-    for (m_index = 1; m_index <= m_count; ++m_index) {
-        const QString key = m_listMultiple.at(m_index - 1);
-        m_sourceKey = key;
-        G().SourcePath = TreeKey::pathOf(key);
-        if (G().SourcePath.endsWith(u'\\')) {
-            const QStringList parts = G().SourcePath.split(u'\\');
-            G().SourceFolderName = parts.at(parts.size() - 2);
-        } else {
-            G().SourceLeaf.clear();
-        }
-        G().TargetPath = m_dropTargetKey;
-        prepareItem(code, QString::number(m_index) + u'\\' + QString::number(m_count));
-        m_busy = true;
-        m_timerD->start();
-        waitForTick();
-    }
-    m_listMultiple.clear();
+    runClipboard(code, m_timerD, true);
 }
 
 void frmDataTree::Copydrag_Click()

@@ -114,6 +114,8 @@ private:
     void dragVerb(int code, bool move, bool passPhrase);
     void prepareItem(int code, const QString& count);
     void waitForTick();
+    // One tick per clipboard item, in list order, under count labels such as "2\3".
+    void runClipboard(int code, QTimer* timer, bool fromDrop);
     void tick(bool fromDrop);
     void afterTick();
     void removeFromTrees(const QString& key);
