@@ -3,6 +3,7 @@
 #include "CliFailure.h"
 #include "CommandLine.h"
 #include "CommandRegistry.h"
+#include "EngineLoading.h"
 #include "ErrorWords.h"
 #include "FolderOptions.h"
 
@@ -33,29 +34,6 @@ void out(const QString& line)
 {
     std::fputs(vmk::NativeName::toBytes(line).constData(), stdout);
     std::fputc('\n', stdout);
-}
-
-QString programFolder()
-{
-    return QCoreApplication::applicationDirPath();
-}
-
-// Loads the engine from --db DIR or the sigs folder beside vmk; a failure names
-// the signature folder and says what is wrong with it.
-void loadEngine(const QString& dbArg)
-{
-    const QString folder
-        = dbArg.isEmpty() ? QDir(programFolder()).filePath(QStringLiteral("sigs")) : CommandLine::hostPath(dbArg);
-    const QString named = dbArg.isEmpty() ? folder : dbArg;
-    vmk::engine::EngineService::instance().setSignatureFolder(folder);
-    const int code = vmk::engine::LoadEngine();
-    if (code == 0)
-        return;
-    if (code == vmk::engine::SignaturesMissing && !QFileInfo(folder).isDir())
-        throw CliFailure(named, QStringLiteral("no existe la carpeta de firmas"), code);
-    if (code == vmk::engine::TempFolderUnusable)
-        throw CliFailure(QDir::tempPath(), ErrorWords::engine(code), code);
-    throw CliFailure(named, ErrorWords::engine(code), code);
 }
 
 // One line per row of the session's event list, with the host path: OK, each

@@ -4,6 +4,7 @@
 #include "CommandRegistry.h"
 #include "ErrorWords.h"
 #include "MessageCapture.h"
+#include "PassPhraseInput.h"
 
 #include "components/cipher/CipherError.h"
 #include "components/zip/ZipArchiver.h"
@@ -42,35 +43,6 @@ QString targetFor(const QString& arg, const QString& sourcePath)
     if (QFileInfo(path).isDir() && !QFileInfo(path).isSymLink())
         return CommandLine::outputFile(path + u'/' + QFileInfo(sourcePath).fileName());
     return CommandLine::outputFile(arg);
-}
-
-// The pass phrase comes from a file or from the terminal without echo, never
-// from the command line where other users could read it.
-QString readPassPhrase(const QString& passFile)
-{
-    if (!passFile.isEmpty()) {
-        QFile f(CommandLine::inputFile(passFile));
-        if (!f.open(QIODevice::ReadOnly))
-            throw CliFailure(passFile, QStringLiteral("no se puede leer"));
-        QString line = QString::fromUtf8(f.readLine());
-        while (line.endsWith('\n') || line.endsWith('\r'))
-            line.chop(1);
-        return line;
-    }
-    // Typed on a terminal, without echo; else the first line of what is piped in.
-    if (vmk::TerminalInput::standardInputIsTerminal()) {
-        const auto typed = vmk::TerminalInput::readSecret(QStringLiteral("Pass phrase: "));
-        if (!typed)
-            throw CliFailure(QString(), QStringLiteral("no se dio ninguna contraseña"));
-        return *typed;
-    }
-    std::string line;
-    const bool got = static_cast<bool>(std::getline(std::cin, line));
-    if (!got)
-        throw CliFailure(QString(), QStringLiteral("no se dio ninguna contraseña"));
-    if (!line.empty() && line.back() == '\r')
-        line.pop_back();
-    return QString::fromStdString(line);
 }
 
 // Sources are files and folders; a folder goes in whole, its tree under its own

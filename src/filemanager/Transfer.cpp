@@ -180,7 +180,7 @@ bool carryFile(const QString& srcLogical, const QString& srcNative, const QStrin
     const QString tempNative = joinNative(destFolderNative, tempName);
     switch (code) {
     case TransferCopy:
-        CopyFileInBlocks(srcLogical, tempLogical);
+        CopyFileInBlocks(srcNative, tempNative);
         break;
     case TransferEncrypt:
         EncryptFile(srcLogical, tempLogical);
@@ -214,7 +214,7 @@ bool carryFile(const QString& srcLogical, const QString& srcNative, const QStrin
     // A result that could only be judged once made is scanned before it takes its name.
     if (scanning && !scansSourceFirst(code) && SideScanForExclusion(destLogical, ScanOneFile(tempNative))) {
         ForceDelete(tempLogical);
-        TN().Excluded << destLogical;
+        TN().Excluded << srcLogical;
         return false;
     }
     bool placed = FileReplace::move(tempNative, destNative);
@@ -301,8 +301,8 @@ void walkFolder(const QString& srcLogical, const QString& srcNative, const QStri
         }
         if (code == TransferDelete) {
             // Links, FIFOs and the like go themselves; nothing behind them is touched.
-            showLabels(e.name, folderShown);
             ++G().DoneFiles;
+            showLabels(e.name, folderShown);
             ProgressBarT(G().TotalFiles > 0 ? G().DoneFiles * 100 / G().TotalFiles : 100);
             ProgressBarF(0);
             deleteFile(entryLogical, e.nativePath);
@@ -323,8 +323,8 @@ void walkFolder(const QString& srcLogical, const QString& srcNative, const QStri
                 continue;
             }
         }
-        showLabels(e.name, folderShown);
         ++G().DoneFiles;
+        showLabels(e.name, folderShown);
         ProgressBarT(G().TotalFiles > 0 ? G().DoneFiles * 100 / G().TotalFiles : 100);
         ProgressBarF(0);
         carryFile(entryLogical, e.nativePath, destLogical, destNative, entryNameNative, e.name);
@@ -445,6 +445,7 @@ void TransferItem(const QString& source, const QString& target, const QString& f
     }
 
     G().TotalFiles = 1;
+    G().DoneFiles = 1;
     const QString logical = LogicalPath::withoutSlash(src);
     const qsizetype cut = logical.lastIndexOf(u'\\');
     const QString name = logical.mid(cut + 1);

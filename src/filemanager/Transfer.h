@@ -50,7 +50,7 @@ TransferLabelsHook SetTransferLabelsHook(TransferLabelsHook hook);
 // What became of the files of the last TransferItem, for callers that report in
 // words of their own (the command-line tool). Emptied at the start of each item.
 struct TransferNotes {
-    QStringList Excluded; // left out at the scan step (the source, or the removed result)
+    QStringList Excluded; // sources left out at the scan step (of their own, or their result, found infected)
     QStringList Kept; // existing targets kept after a "no" to the overwrite question
     QStringList Failed; // sources whose stage left no result
     QStringList Done; // results written

@@ -5,6 +5,7 @@
 #include "foundation/Progress.h"
 #include "platform/DriveFigures.h"
 #include "platform/DriveMap.h"
+#include "platform/FileRemoval.h"
 #include "platform/FileSearch.h"
 #include "platform/NativeFile.h"
 #include "platform/Pump.h"
@@ -120,7 +121,11 @@ bool RunAndWait(const QString& command)
 
 bool CopyFileInBlocks(const QString& source, const QString& target)
 {
-    if (FileExists(target))
+    // A host path ("/...") passes as it is, so a caller that holds the exact host
+    // names (the transfer) copies without resolving each path again.
+    const QString src = source.startsWith(u'/') ? source : nativeOf(source);
+    const QString dst = target.startsWith(u'/') ? target : nativeOf(target);
+    if (FileRemoval::entryExists(dst))
         ForceDelete(target);
 
     NativeFile in;
@@ -133,11 +138,10 @@ bool CopyFileInBlocks(const QString& source, const QString& target)
     };
 
     // A missing source counts as an empty one: nothing is copied.
-    const QString src = nativeOf(source);
     const qint64 length = NativeFile::regularFileSize(src);
     if (length <= 0 || !in.openForReading(src))
         return failure();
-    if (!out.createForWriting(nativeOf(target)))
+    if (!out.createForWriting(dst))
         return failure();
 
     // The block is the grain of progress and cancel; the data itself moves in

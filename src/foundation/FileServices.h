@@ -32,7 +32,8 @@ bool RunAndWait(const QString& command);
 
 // Copies in blocks of kCopyBlock bytes; after each block ProgressBarF shows the
 // percentage, the pump runs and G().CancelRequested is polled. An existing target
-// is removed first. An empty or missing source, a cancel or an I/O error return
+// (a link included, never written through) is removed first. Either path may be
+// a host path. An empty or missing source, a cancel or an I/O error return
 // false and leave no target behind.
 constexpr qint64 kCopyBlock = 10240;
 bool CopyFileInBlocks(const QString& source, const QString& target);

@@ -38,9 +38,11 @@ void runHelper(const QString& program, const QString& path)
         runner(program, { path });
 }
 
+// A host path ("/...", which PathForm accepts) is taken as it is, never as a
+// path on the drive of the current folder.
 QString nativeOf(const QString& path)
 {
-    return DriveMap::instance().toNative(path);
+    return path.startsWith(u'/') ? path : DriveMap::instance().toNative(path);
 }
 
 // Anything under the host name first resolved, a dangling link included: that too

@@ -43,4 +43,9 @@ bool TerminalInput::standardInputIsTerminal()
     return ::isatty(STDIN_FILENO) == 1;
 }
 
+bool TerminalInput::standardErrorIsTerminal()
+{
+    return ::isatty(STDERR_FILENO) == 1;
+}
+
 } // namespace vmk

@@ -17,6 +17,8 @@ public:
     static std::optional<QString> readSecret(const QString& prompt);
     // True when standard input is a terminal rather than a pipe or a file.
     static bool standardInputIsTerminal();
+    // True when standard error is a terminal (progress is drawn there only then).
+    static bool standardErrorIsTerminal();
 };
 
 } // namespace vmk
