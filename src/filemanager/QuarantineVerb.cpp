@@ -8,13 +8,14 @@
 #include "foundation/WalkGuard.h"
 #include "platform/DriveMap.h"
 #include "platform/FileRemoval.h"
+#include "platform/FileSearch.h"
+#include "platform/LinkCheck.h"
 #include "platform/LogicalPath.h"
 #include "scanner/QuarantineKeys.h"
 #include "scanner/QuarantineLedger.h"
 #include "scanner/ThreatListModel.h"
 
 #include <QDir>
-#include <QFileInfo>
 #include <QStringList>
 
 namespace vmk
@@ -66,25 +67,27 @@ QuarantineOutcome QuarantineFile(const QString& path)
         return QuarantineOutcome::AlreadyInQuarantine;
     }
     const QString native = DriveMap::instance().toNative(path);
-    const QFileInfo info(native);
-    if (name.isEmpty() || native.isEmpty() || !FileRemoval::entryExists(native)) {
+    const auto entry = name.isEmpty() || native.isEmpty() ? std::nullopt : FileSearch::entryOfNative(native);
+    if (!entry) {
         tell(QStringLiteral("Error, el archivo o carpeta no existe"), path);
         return QuarantineOutcome::Refused;
     }
     // A link is never followed: sealing it would carry off a file elsewhere.
-    if (info.isSymLink()) {
+    if (LinkCheck::isLink(native)) {
         tell(QStringLiteral("¡Un enlace no se pone en cuarentena!"), path);
         return QuarantineOutcome::Refused;
     }
-    if (!info.isFile()) {
+    if (entry->kind != EntryKind::File) {
         tell(QStringLiteral("¡Solo un archivo regular se pone en cuarentena!"), path);
         return QuarantineOutcome::Refused;
     }
     if (!quarantineFolderReady())
         return QuarantineOutcome::Refused;
-    // An item of that name (in any case, which the sealing would reach) stays as it is.
-    const QString sealed = QuarantineLedger::sealedPath(name);
-    const QString nativeSealed = DriveMap::instance().toNative(sealed);
+    // An item of that very name stays as it is; a twin that differs only in case
+    // is another item, as the transfer writes the name as it stands.
+    const QString nativeSealed
+        = DriveMap::instance().toNative(LogicalPath::withoutSlash(QuarantineLedger::quarantineFolder())) + u'/'
+        + DriveMap::decodeName(name);
     if (FileRemoval::entryExists(nativeSealed)) {
         tell(QStringLiteral("¡Ya hay en Cuarentena un archivo con ese nombre, no se sobrescribe!"), path);
         return QuarantineOutcome::Refused;
@@ -98,7 +101,8 @@ QuarantineOutcome QuarantineFile(const QString& path)
         TransferItem(path, QuarantineLedger::quarantineFolder(), QString());
     }
     // The sealed item decides, as for every move: without it the source stays.
-    if (!QFileInfo(nativeSealed).isFile()) {
+    const auto sealed = FileSearch::entryOfNative(nativeSealed);
+    if (!sealed || sealed->kind != EntryKind::File) {
         tell(QStringLiteral("¡No se pudo poner el archivo en cuarentena!"), path);
         return QuarantineOutcome::Failed;
     }
@@ -110,7 +114,11 @@ void QuarantineTickedThreats(ThreatListModel& threats)
 {
     // Two alerts of one file give two rows: the second finds its file sealed already.
     QStringList sealed;
+    G().CancelRequested = false;
     for (qsizetype row = 0; row < threats.rowCountWithPending(); ++row) {
+        // Barra's cancel stops before the next file; the one being sealed is finished.
+        if (G().CancelRequested)
+            break;
         if (!threats.isTicked(row))
             continue;
         const QString path = threats.fullPath(row);

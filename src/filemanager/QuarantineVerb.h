@@ -25,8 +25,9 @@ QuarantineOutcome QuarantineFile(const QString& path);
 
 // `Command8`: each ticked row of ListViewInf, first to last. A sealed row is
 // unticked and reads "Cuarentena"; a row of a file already in the quarantine,
-// or one that failed, stays as it is, ticked. The owner's pass phrase, index
-// and #ScanFilesOperations are given back at the end.
+// or one that failed, stays as it is, ticked. G().CancelRequested (Barra's
+// cancel) stops the walk before the next file. The owner's pass phrase, index
+// and #ScanFilesOperations are given back after each file.
 void QuarantineTickedThreats(ThreatListModel& threats);
 
 } // namespace vmk

@@ -9,6 +9,7 @@
 #include "platform/ConfinedFolder.h"
 #include "platform/DriveMap.h"
 #include "platform/FileRemoval.h"
+#include "platform/FileSearch.h"
 #include "platform/LogicalPath.h"
 #include "scanner/QuarantineKeys.h"
 #include "scanner/QuarantineLedger.h"
@@ -84,7 +85,7 @@ bool placeBeneath(const QString& clearNative, const QString& folder, const QStri
 }
 
 // One line of the item: true when its file came back (the line is dropped).
-bool restoreLine(const LedgerLine& line, const QString& sealed, RestoreOutcome& outcome)
+bool restoreLine(const LedgerLine& line, const QString& sealed, const QString& nativeSealed, RestoreOutcome& outcome)
 {
     const QString target = line.Folder + line.Name;
     if (FolderMissing(line.Folder)) {
@@ -92,7 +93,6 @@ bool restoreLine(const LedgerLine& line, const QString& sealed, RestoreOutcome& 
         tell(QStringLiteral("¡La ruta de restauración no existe!"), line.Folder);
         return false;
     }
-    const QString nativeSealed = DriveMap::instance().toNative(sealed);
     // The name as it stands: a twin that differs in case is another file.
     const QString nativeTarget = DriveMap::instance().toNative(LogicalPath::withoutSlash(line.Folder)) + u'/'
         + DriveMap::decodeName(line.Name);
@@ -104,12 +104,13 @@ bool restoreLine(const LedgerLine& line, const QString& sealed, RestoreOutcome& 
     }
     // A second line of the item after its file came back finds nothing to open.
     bool placed = false;
-    if (QFileInfo(nativeSealed).isFile()) {
+    const auto item = FileSearch::entryOfNative(nativeSealed);
+    if (item && item->kind == EntryKind::File) {
         QTemporaryDir clear(QDir::tempPath() + QStringLiteral("/vmk-restore-XXXXXX"));
         const QString clearNative = clear.filePath(QStringLiteral("item"));
         {
             const scanner::QuarantineKeys keys;
-            DecryptFile(sealed, clearNative);
+            DecryptFile(nativeSealed, clearNative);
         }
         placed = QFileInfo(clearNative).isFile() && placeBeneath(clearNative, line.Folder, line.Name);
     }
@@ -153,19 +154,22 @@ RestoreOutcome Restaura(const QString& selectedKey)
     if (matches.isEmpty())
         return outcome;
     const QString sealed = QuarantineLedger::sealedPath((*lines)[matches.first()].Name);
+    // The host name is fixed once: looked up again after the item went, the
+    // name would reach a twin that differs only in case.
+    const QString nativeSealed = DriveMap::instance().toNative(sealed);
     QList<QByteArray> kept;
     for (qsizetype i = 0; i < lines->size(); ++i) {
         const LedgerLine& line = (*lines)[i];
         if (matches.contains(i)) {
             ++outcome.Matched;
-            if (restoreLine(line, sealed, outcome))
+            if (restoreLine(line, sealed, nativeSealed, outcome))
                 continue;
         }
         kept << line.Raw;
     }
     if (outcome.Restored > 0)
         QuarantineLedger::rewrite(kept);
-    outcome.SealedGone = !FileRemoval::entryExists(DriveMap::instance().toNative(sealed));
+    outcome.SealedGone = !FileRemoval::entryExists(nativeSealed);
     return outcome;
 }
 

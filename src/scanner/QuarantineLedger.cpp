@@ -25,24 +25,57 @@ QString besideProgram(const QString& name)
     return DriveMap::instance().toNative(LogicalPath::join(folder, name));
 }
 
-// A line break inside a name or folder in the form the line can hold, and back.
-QString escapeBreaks(QString text)
+// What the line cannot hold as bytes of its own, in a "/" form, and back: a
+// line break, and the namespace's private characters U+F000..U+F07F (its stand-ins
+// for "\" and "|" in host names), whose UTF-8 bytes would read back as a host
+// name's own private character.
+constexpr char16_t kPrivateFirst = 0xF000;
+constexpr char16_t kPrivateLast = 0xF07F;
+
+QString escapeForLine(const QString& text)
 {
-    text.replace(u'\n', QStringLiteral("/n"));
-    text.replace(u'\r', QStringLiteral("/r"));
-    return text;
+    QString out;
+    out.reserve(text.size());
+    for (const QChar c : text) {
+        if (c == u'\n')
+            out += QStringLiteral("/n");
+        else if (c == u'\r')
+            out += QStringLiteral("/r");
+        else if (c.unicode() >= kPrivateFirst && c.unicode() <= kPrivateLast)
+            out += QStringLiteral("/x%1").arg(c.unicode() - kPrivateFirst, 2, 16, QChar(u'0'));
+        else
+            out += c;
+    }
+    return out;
 }
 
-QString unescapeBreaks(const QString& text)
+int hexDigit(QChar c)
+{
+    const char16_t u = c.unicode();
+    if (u >= u'0' && u <= u'9')
+        return u - u'0';
+    if (u >= u'a' && u <= u'f')
+        return u - u'a' + 10;
+    return -1;
+}
+
+QString unescapeLine(const QString& text)
 {
     if (!text.contains(u'/'))
         return text;
     QString out;
     out.reserve(text.size());
     for (qsizetype i = 0; i < text.size(); ++i) {
-        if (text.at(i) == u'/' && i + 1 < text.size() && (text.at(i + 1) == u'n' || text.at(i + 1) == u'r')) {
-            out += text.at(i + 1) == u'n' ? u'\n' : u'\r';
+        const QChar next = i + 1 < text.size() ? text.at(i + 1) : QChar();
+        if (text.at(i) != u'/') {
+            out += text.at(i);
+        } else if (next == u'n' || next == u'r') {
+            out += next == u'n' ? u'\n' : u'\r';
             ++i;
+        } else if (next == u'x' && i + 3 < text.size() && hexDigit(text.at(i + 2)) >= 0 && hexDigit(text.at(i + 2)) < 8
+            && hexDigit(text.at(i + 3)) >= 0) {
+            out += QChar(char16_t(kPrivateFirst + hexDigit(text.at(i + 2)) * 16 + hexDigit(text.at(i + 3))));
+            i += 3;
         } else {
             out += text.at(i);
         }
@@ -71,8 +104,8 @@ LedgerLine parseLine(const QByteArray& raw, int number)
         line.Problem = QStringLiteral("La línea no tiene separador \"|\"");
         return line;
     }
-    line.Name = unescapeBreaks(NativeName::fromBytes(raw.left(bar)));
-    line.Folder = unescapeBreaks(NativeName::fromBytes(raw.mid(bar + 1)));
+    line.Name = unescapeLine(NativeName::fromBytes(raw.left(bar)));
+    line.Folder = unescapeLine(NativeName::fromBytes(raw.mid(bar + 1)));
     if (line.Name.isEmpty())
         line.Problem = QStringLiteral("La línea no tiene nombre de archivo");
     else if (line.Name.contains(u'\\'))
@@ -118,7 +151,7 @@ bool QuarantineLedger::holdsQuarantinePath(const QString& path)
 
 QByteArray QuarantineLedger::lineFor(const QString& name, const QString& folder)
 {
-    return NativeName::toBytes(escapeBreaks(name)) + '|' + NativeName::toBytes(escapeBreaks(folder));
+    return NativeName::toBytes(escapeForLine(name)) + '|' + NativeName::toBytes(escapeForLine(folder));
 }
 
 QList<LedgerLine> QuarantineLedger::parse(const QByteArray& bytes)
@@ -155,7 +188,9 @@ std::optional<QList<LedgerLine>> QuarantineLedger::read()
         tellLedger(QStringLiteral("¡El registro de cuarentena es demasiado grande!"));
         return std::nullopt;
     }
-    const QByteArray bytes = f.read(kMaxBytes + 1);
+    // Read by the size found, one byte over to see growth past the limit: a read
+    // of the limit itself would first take that much memory for every ledger.
+    const QByteArray bytes = f.read(f.size() + 1);
     if (bytes.size() > kMaxBytes) {
         tellLedger(QStringLiteral("¡El registro de cuarentena es demasiado grande!"));
         return std::nullopt;

@@ -25,9 +25,10 @@ struct LedgerLine {
 // The ledger beside the program: one line per quarantined file, in the order of
 // quarantining, ended by CR LF. Names and folders are logical text kept in the
 // host's bytes (a Latin-1 name keeps its byte, see NativeName), so an old ledger
-// and ours read alike. A line break inside a name or folder, which the line
-// format cannot hold, is written as "/n" or "/r": "/" never stands in a logical
-// path, so this form cannot meet a real name.
+// and ours read alike. What a line cannot hold as bytes of its own, a line
+// break or one of the namespace's private characters U+F000..U+F07F, is written
+// as "/n", "/r" or "/xHH": "/" never stands in a logical path, so this form
+// cannot meet a real name.
 class QuarantineLedger
 {
 public:

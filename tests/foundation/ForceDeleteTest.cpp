@@ -79,6 +79,20 @@ TEST_F(ForceDeleteTest, PlainAndReadOnlyFilesGoAtTheFirstStep)
     EXPECT_EQ(watch.pointers, (QList<int> { 11, 1, 11, 1 }));
 }
 
+TEST_F(ForceDeleteTest, ATwinThatDiffersInCaseNeitherStandsInNorGoes)
+{
+    test::MessageRecorder messages;
+    LadderWatch watch;
+    ASSERT_TRUE(test::writeFile(m_root + "/twin.bin", "lower"));
+    ASSERT_TRUE(test::writeFile(m_root + "/Twin.bin", "upper"));
+    ForceDelete(QStringLiteral("E:\\twin.bin"));
+    EXPECT_FALSE(QFile::exists(m_root + "/twin.bin"));
+    EXPECT_EQ(test::readFile(m_root + "/Twin.bin"), QByteArray("upper"));
+    EXPECT_TRUE(watch.commands.isEmpty()) << watch.commands.join(u' ').toStdString();
+    EXPECT_TRUE(messages.texts.isEmpty());
+    EXPECT_FALSE(QFile::exists(PendingRemovalListPath()));
+}
+
 TEST_F(ForceDeleteTest, LadderOrderRebootEntryFirstThenTheTools)
 {
     test::MessageRecorder messages;

@@ -81,3 +81,24 @@ TEST(ConfinedFolderTest, WritesOnlyBeneathItsRootAndFollowsNoLinkThere)
     EXPECT_EQ(::access((QFile::encodeName(root) + "/caf\xe9.txt").constData(), F_OK), 0);
     test::removeTree(dir.path());
 }
+
+TEST(ConfinedFolderTest, ANewFileNeverTakesTheNameOfWhatAppearedMeanwhile)
+{
+    QTemporaryDir dir;
+    ConfinedFolder folder(dir.path());
+    Refusal why = Refusal::None;
+    std::unique_ptr<ConfinedFile> file = folder.createFile({ "new.txt" }, why);
+    ASSERT_TRUE(file);
+    ASSERT_TRUE(file->write("ours", 4));
+    // Someone else's file under the name, made while ours was being written.
+    ASSERT_TRUE(test::writeFile(dir.filePath("new.txt"), "theirs"));
+    EXPECT_FALSE(file->commitNew(0));
+    EXPECT_EQ(test::readFile(dir.filePath("new.txt")), QByteArray("theirs"));
+    EXPECT_EQ(QDir(dir.path()).entryList(QDir::Files | QDir::Hidden), QStringList { "new.txt" }) << "no temporary left";
+
+    file = folder.createFile({ "free.txt" }, why);
+    ASSERT_TRUE(file);
+    ASSERT_TRUE(file->write("ours", 4));
+    EXPECT_TRUE(file->commitNew(0));
+    EXPECT_EQ(test::readFile(dir.filePath("free.txt")), QByteArray("ours"));
+}

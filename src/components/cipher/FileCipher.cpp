@@ -4,6 +4,7 @@
 #include "components/cipher/CryptoLibrary.h"
 #include "components/cipher/GcmCipher.h"
 #include "components/cipher/TargetFile.h"
+#include "platform/NativeFile.h"
 
 #include <QFile>
 
@@ -106,6 +107,22 @@ private:
 };
 } // namespace
 
+namespace
+{
+// The source by its host name, bytes that are not UTF-8 included (NativeName's
+// form), which QFile's own naming would not reach.
+bool openSource(QFile& in, const QString& source)
+{
+    const int fd = NativeFile::openDescriptor(source);
+    if (fd < 0)
+        return false;
+    if (in.open(fd, QIODevice::ReadOnly | QIODevice::Unbuffered, QFileDevice::AutoCloseHandle))
+        return true;
+    NativeFile::closeDescriptor(fd);
+    return false;
+}
+} // namespace
+
 CipherError FileCipher::encryptFile(const QString& source, const QString& target, const QByteArray& passPhrase,
     CipherAlgorithm algorithm, const Progress& progress, const SealOptions& options)
 {
@@ -117,8 +134,8 @@ CipherError FileCipher::encryptFile(const QString& source, const QString& target
         || !options.kdf.isAcceptable())
         return CipherError::UnsupportedSetting;
 
-    QFile in(source);
-    if (!in.open(QIODevice::ReadOnly | QIODevice::Unbuffered))
+    QFile in;
+    if (!openSource(in, source))
         return CipherError::SourceUnreadable;
     const qint64 total = in.size();
 
@@ -202,8 +219,8 @@ CipherError FileCipher::decryptFile(
 {
     if (!EnsureCryptoLibrary())
         return CipherError::LibraryFailure;
-    QFile in(source);
-    if (!in.open(QIODevice::ReadOnly | QIODevice::Unbuffered))
+    QFile in;
+    if (!openSource(in, source))
         return CipherError::SourceUnreadable;
     const qint64 total = in.size();
 

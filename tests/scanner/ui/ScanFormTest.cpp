@@ -8,6 +8,7 @@
 #include "filemanager/ui/SmartTree.h"
 #include "foundation/ForceDelete.h"
 #include "foundation/Globals.h"
+#include "foundation/Settings.h"
 #include "platform/Pump.h"
 #include "scanner/ThreatListModel.h"
 
@@ -144,7 +145,7 @@ TEST_F(ScanFormTest, WholeSessionThroughTheFormThenDeleteAndBack)
     for (const QString& s : cells("ListViewInf", 3))
         EXPECT_TRUE(s == QStringLiteral("Si") || s == QStringLiteral("No")) << s.toStdString();
 
-    // The tabs: statistics, events, threats with their verbs; quarantine waits, and says why.
+    // The tabs: statistics, events, threats with their verbs.
     m_form->Label13_Click();
     EXPECT_FALSE(shown("Frame1"));
     EXPECT_TRUE(shown("ListView"));
@@ -156,8 +157,7 @@ TEST_F(ScanFormTest, WholeSessionThroughTheFormThenDeleteAndBack)
     EXPECT_TRUE(shown("Command6"));
     EXPECT_TRUE(shown("Command7"));
     EXPECT_TRUE(shown("Command8"));
-    EXPECT_FALSE(control<QPushButton>("Command8")->isEnabled());
-    EXPECT_FALSE(control<QPushButton>("Command8")->toolTip().isEmpty());
+    EXPECT_TRUE(control<QPushButton>("Command8")->isEnabled());
     EXPECT_EQ(control<QWidget>("Shape8")->palette().color(QPalette::Window), QColor(0xff, 0xff, 0x80));
     EXPECT_NE(control<QWidget>("Shape6")->palette().color(QPalette::Window), QColor(0xff, 0xff, 0x80));
 
@@ -187,6 +187,60 @@ TEST_F(ScanFormTest, WholeSessionThroughTheFormThenDeleteAndBack)
     EXPECT_EQ(text("txtinfFiles"), QStringLiteral("2"));
     EXPECT_EQ(cells("ListView", 0).size(), 3);
     EXPECT_TRUE(cells("ListView", 0).contains(QStringLiteral("E:\\other\\eicar2.com")));
+}
+
+TEST_F(ScanFormTest, QuarantineSealsTheTickedFileAndGivesTheOwnersKeysBack)
+{
+    const Globals globals = G();
+    const SettingsValues settings = S();
+    G().ProgramFolder = QStringLiteral("E:\\VMK");
+    G().PassPhrase = QStringLiteral("owner");
+    S().EncripAlgorithm = 1;
+    S().ScanFilesOperations = QStringLiteral("1");
+    S().QuarenteneFolder = QStringLiteral("\\Cuarentena\\");
+    ASSERT_TRUE(QDir().mkpath(m_drives.device() + "/VMK"));
+    const QString ledger = m_drives.device() + "/VMK/QFP.txt";
+
+    tick("E:\\other\\");
+    click("Image5");
+    m_form->Label14_Click();
+    ThreatListModel& threats = m_form->session().ListViewInf();
+    ASSERT_GE(threats.rowCountWithPending(), 1);
+    for (qsizetype row = 0; row < threats.rowCountWithPending(); ++row)
+        ASSERT_TRUE(threats.setData(threats.index(int(row), 0), Qt::Checked, Qt::CheckStateRole));
+    click("Command8");
+    EXPECT_FALSE(QFileInfo::exists(m_drives.device() + "/other/eicar2.com"));
+    ASSERT_TRUE(QFileInfo(m_drives.device() + "/Cuarentena/eicar2.com").isFile());
+    EXPECT_NE(readFile(m_drives.device() + "/Cuarentena/eicar2.com"), eicar());
+    EXPECT_EQ(readFile(ledger), QByteArray("eicar2.com|E:\\other\\\r\n"));
+    for (qsizetype row = 0; row < threats.rowCountWithPending(); ++row) {
+        EXPECT_EQ(threats.status(row), QStringLiteral("Cuarentena"));
+        EXPECT_FALSE(threats.isTicked(row));
+    }
+    EXPECT_EQ(G().PassPhrase, QStringLiteral("owner"));
+    EXPECT_EQ(S().EncripAlgorithm, 1);
+    EXPECT_EQ(S().ScanFilesOperations, QStringLiteral("1"));
+    EXPECT_EQ(m_messages.texts, QStringList({ kFinished }));
+
+    // Scanned in the quarantine, the sealed item is found again; sealing it once
+    // more is refused with the message, and its row stays ticked.
+    click("Image4");
+    m_form->Form_Load(); // the tree read anew, with the quarantine folder the verb made
+    tick("E:\\Cuarentena\\");
+    click("Image5");
+    EXPECT_EQ(text("txtinfFiles"), QStringLiteral("1"));
+    m_form->Label14_Click();
+    ASSERT_GE(threats.rowCountWithPending(), 1);
+    EXPECT_EQ(threats.folder(0), QStringLiteral("E:\\Cuarentena\\"));
+    ASSERT_TRUE(threats.setData(threats.index(0, 0), Qt::Checked, Qt::CheckStateRole));
+    click("Command8");
+    EXPECT_TRUE(threats.isTicked(0));
+    EXPECT_EQ(
+        m_messages.texts.last(), QStringLiteral("!El archivo ya existe en Cuarentena!\r\nE:\\Cuarentena\\eicar2.com"));
+    EXPECT_EQ(readFile(ledger), QByteArray("eicar2.com|E:\\other\\\r\n"));
+    EXPECT_EQ(G().PassPhrase, QStringLiteral("owner"));
+    G() = globals;
+    S() = settings;
 }
 
 TEST_F(ScanFormTest, PauseStopAndClosingMidSession)
