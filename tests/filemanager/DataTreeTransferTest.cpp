@@ -203,14 +203,14 @@ TEST_F(DataTreeTransferTest, MarkedSetsOfThreeCountAndCancelStopsAfterTheSecond)
     m_form->setPanelTimer(&m_panelTimer);
     struct Seen {
         QString count;
-        bool barra, panelTimer, formEnabled, fileBar;
+        bool barra, panelTimer, formEnabled, fileBar, closed;
     };
     QList<Seen> seen;
     int cancelAt = 0;
     QObject::connect(m_form.get(), &frmDataTree::tickStarted, [&] {
         Barra* b = m_form->barra();
         seen << Seen { b->LabelC()->text(), b->isVisible(), m_panelTimer.isActive(), m_form->isEnabled(),
-            !b->ProgressBarF()->isHidden() };
+            !b->ProgressBarF()->isHidden(), m_form->close() };
         if (seen.size() == cancelAt)
             b->Command1()->click();
     });
@@ -237,6 +237,7 @@ TEST_F(DataTreeTransferTest, MarkedSetsOfThreeCountAndCancelStopsAfterTheSecond)
         EXPECT_FALSE(seen[i].panelTimer);
         EXPECT_FALSE(seen[i].formEnabled);
         EXPECT_TRUE(seen[i].fileBar);
+        EXPECT_FALSE(seen[i].closed); // the form stays until its items are done
     }
     for (const char* n : { "1.bin", "2.bin", "3.bin" })
         EXPECT_EQ(readFile(device(QStringLiteral("sub/") + n)).size(), 50000) << n;

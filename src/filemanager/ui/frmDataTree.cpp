@@ -481,6 +481,7 @@ void frmDataTree::refreshFolder(const QString& key)
 void frmDataTree::tick(bool fromDrop)
 {
     (fromDrop ? m_timerD : m_timerF)->stop();
+    m_inTick = true;
     m_barra->show();
     QGuiApplication::setOverrideCursor(Qt::WaitCursor);
     if (m_panelTimer)
@@ -544,6 +545,7 @@ void frmDataTree::afterTick()
         show();
     }
     m_busy = false;
+    m_inTick = false;
     if (m_panelTimer)
         m_panelTimer->start();
     setEnabled(true);
@@ -672,7 +674,7 @@ void frmDataTree::Restaura_Click()
 void frmDataTree::closeEvent(QCloseEvent* event)
 {
     // A transfer in progress finishes its item first; Barra's Cancel stops it.
-    if (m_busy || m_timerF->isActive() || m_timerD->isActive()) {
+    if (m_inTick || m_busy || m_timerF->isActive() || m_timerD->isActive()) {
         event->ignore();
         return;
     }

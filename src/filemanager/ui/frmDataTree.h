@@ -143,6 +143,7 @@ private:
     int m_index = 0; // the item in progress, from 1; 0 for a single item
     int m_count = 0; // items of the run; 0 for a single item
     bool m_busy = false;
+    bool m_inTick = false; // an item is running: the form stays open until it ends
     bool m_filled = false;
 };
 
