@@ -1,4 +1,5 @@
 #include "filemanager/FileVerbs.h"
+#include "platform/NativeName.h"
 
 #include "TestSupport.h"
 #include "TreeDrives.h"
@@ -8,6 +9,9 @@
 #include <QFileInfo>
 
 #include <gtest/gtest.h>
+
+#include <fcntl.h>
+#include <unistd.h>
 
 using namespace vmk;
 using vmk::test::MessageRecorder;
@@ -127,4 +131,27 @@ TEST(FileVerbs, FactsOfFilesFoldersAndNothing)
     EXPECT_FALSE(FileVerbs::ReadFacts("HOST").exists);
     EXPECT_EQ(FileVerbs::SizeWords(-1), "-----");
     EXPECT_EQ(FileVerbs::SizeWords(1024), "1024 Bytes");
+}
+
+TEST(FileVerbs, NamesThatAreNotUtf8KeepTheirBytes)
+{
+    TreeDrives drives;
+    ASSERT_TRUE(QDir().mkpath(drives.device() + "/d"));
+    // A Latin-1 name from an old stick: "caf\xe9.txt".
+    const QByteArray latin1 = QFile::encodeName(drives.device()) + "/d/caf\xe9.txt";
+    const int fd = ::open(latin1.constData(), O_CREAT | O_WRONLY, 0644);
+    ASSERT_GE(fd, 0);
+    ASSERT_EQ(::write(fd, "old", 3), 3);
+    ::close(fd);
+    const QString logical = NativeName::fromBytes("caf\xe9.txt");
+    MessageRecorder messages;
+    EXPECT_TRUE(FileVerbs::RenameItem("E:\\d\\" + logical, "E:\\d\\", "cafe.txt"));
+    EXPECT_EQ(readFile(drives.device() + "/d/cafe.txt"), "old");
+    EXPECT_NE(::access(latin1.constData(), F_OK), 0);
+    // And back, byte for byte.
+    EXPECT_TRUE(FileVerbs::RenameItem("E:\\d\\cafe.txt", "E:\\d\\", logical));
+    EXPECT_EQ(::access(latin1.constData(), F_OK), 0);
+    EXPECT_TRUE(FileVerbs::MakeFolder("E:\\d\\", NativeName::fromBytes("ni\xf1o")));
+    EXPECT_EQ(::access((QFile::encodeName(drives.device()) + "/d/ni\xf1o").constData(), F_OK), 0);
+    EXPECT_TRUE(messages.texts.isEmpty());
 }
