@@ -1,6 +1,7 @@
 #include "DataTreeFixture.h"
 
 #include "filemanager/QuarantineVerb.h"
+#include "filemanager/ui/frmProperties.h"
 #include "foundation/ui/Barra.h"
 #include "passwords/OwnerPassword.h"
 #include "passwords/ui/FrmPass.h"
@@ -426,6 +427,21 @@ TEST_F(DataTreePictures, TwoTreesWithTheMenuAndBarraDuringACopy)
     }
     picture.save(dir + "/file-manager-menu.png");
     menu->hide();
+
+    // The properties of our own, and the name dialog of a new folder.
+    rightClick(hostTree(), "C:\\Fotos\\viaje-1.jpg");
+    choose("Properties");
+    auto* sheet = m_form->findChild<frmProperties*>();
+    ASSERT_NE(sheet, nullptr);
+    ASSERT_TRUE(QTest::qWaitForWindowExposed(sheet));
+    sheet->grab().save(dir + "/file-properties.png");
+    sheet->close();
+    rightClick(deviceTree(), "E:\\Documentos Comprimidos\\");
+    choose("NewFolder");
+    m_form->formNewEdit()->Text1()->setText("Cartas 2024");
+    ASSERT_TRUE(QTest::qWaitForWindowExposed(m_form->formNewEdit()));
+    m_form->formNewEdit()->grab().save(dir + "/file-new-folder.png");
+    m_form->formNewEdit()->close();
 
     // Barra half-way through a folder of six pictures.
     bool taken = false;

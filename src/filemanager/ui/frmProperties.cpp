@@ -60,7 +60,7 @@ frmProperties::frmProperties(const FileVerbs::Facts& facts, QWidget* parent)
         value->setTextInteractionFlags(Qt::TextSelectableByMouse);
         value->setWordWrap(true);
         grid->addWidget(caption, row, 0, Qt::AlignTop);
-        grid->addWidget(value, row, 1);
+        grid->addWidget(value, row, 1, Qt::AlignTop);
         ++row;
     }
     auto* ok = new QPushButton(QStringLiteral("Aceptar"), this);
