@@ -16,20 +16,24 @@ source "$here/../scan/corpus.sh"
 # The device: a folder of its own that vmk takes as the device drive.
 device=$(mktemp -d "${TMPDIR:-/tmp}/vmk-transfer-device-XXXXXX")
 trap 'rm -rf "$device"' EXIT
-fresh() { rm -rf "$device/out"; mkdir -p "$device/out"; sync; }
+# Each run writes into a folder of its own, and all are removed at the end: ext4
+# spends its time skipping inodes freed in the last half minute when a run
+# follows the removal of the one before, which would bury the tools under it.
+n=0
+fresh() { n=$((n + 1)); out="$device/out$n"; mkdir -p "$out"; sync; }
 
 median() { sort -n | awk '{v[NR]=$1} END {print v[int((NR+1)/2)]}'; }
 
 cp_plain=(); vmk_plain=(); cp_scan=(); vmk_scan=()
 cpu_cp=(); cpu_vmk=(); cpu_cps=(); cpu_vmks=()
-run_vmk() { fresh; t=$(timed "$bin/vmk" copy --device "$device" "$corpus" "$device/out"); vmk_plain+=("$(wall "$t")"); cpu_vmk+=("$(cpu "$t")")
-  copied=$(find "$device/out" -type f | wc -l); }
-run_cp() { fresh; t=$(timed cp -r "$corpus" "$device/out"); cp_plain+=("$(wall "$t")"); cpu_cp+=("$(cpu "$t")"); }
-run_cps() { fresh; t=$(timed bash -c "cp -r '$corpus' '$device/out' && '$bin/vmk' scan --db '$sigs' --jobs 2 '$device/out'")
+run_vmk() { fresh; t=$(timed "$bin/vmk" copy --device "$device" "$corpus" "$out"); vmk_plain+=("$(wall "$t")"); cpu_vmk+=("$(cpu "$t")")
+  copied=$(find "$out" -type f | wc -l); }
+run_cp() { fresh; t=$(timed cp -r "$corpus" "$out"); cp_plain+=("$(wall "$t")"); cpu_cp+=("$(cpu "$t")"); }
+run_cps() { fresh; t=$(timed bash -c "cp -r '$corpus' '$out' && '$bin/vmk' scan --db '$sigs' --jobs 2 '$out'")
   cp_scan+=("$(wall "$t")"); cpu_cps+=("$(cpu "$t")"); }
-run_vmks() { fresh; t=$(timed "$bin/vmk" copy --scan --db "$sigs" --device "$device" "$corpus" "$device/out")
+run_vmks() { fresh; t=$(timed "$bin/vmk" copy --scan --db "$sigs" --device "$device" "$corpus" "$out")
   vmk_scan+=("$(wall "$t")"); cpu_vmks+=("$(cpu "$t")")
-  left_out=$(( $(find "$corpus" -type f ! -name .complete | wc -l) - $(find "$device/out" -type f | wc -l) )); }
+  left_out=$(( $(find "$corpus" -type f ! -name .complete | wc -l) - $(find "$out" -type f | wc -l) )); }
 load_before=$(cut -d' ' -f1 /proc/loadavg)
 # Alternating order, so that neither tool always runs on a machine the other warmed or loaded.
 for ((i = 0; i < rounds; ++i)); do

@@ -142,7 +142,7 @@ bool deleteFile(const QString& logical, const QString& native)
 {
     const QString mode = S().DeleteFilesMode;
     if (mode == QLatin1String("0"))
-        ForceDelete(logical);
+        ForceDelete(native);
     else if (mode == QLatin1String("1"))
         Trash::moveToTrash(native);
     // "2" leaves the file where it is; the caller finds it still there and says so.
@@ -163,7 +163,7 @@ bool carryFile(const QString& srcLogical, const QString& srcNative, const QStrin
     const int code = G().OperationCode;
     const QString destNative = joinNative(destFolderNative, nameNative);
     const QString destLogical = LogicalPath::join(destFolderLogical, nameLogical);
-    if (LinkCheck::sameEntry(srcNative, destNative)) {
+    if (FileRemoval::entryExists(destNative) && LinkCheck::sameEntry(srcNative, destNative)) {
         tell(QStringLiteral("¡El origen y el destino son el mismo archivo!"), destLogical);
         TN().Failed << srcLogical;
         return false;
@@ -203,35 +203,34 @@ bool carryFile(const QString& srcLogical, const QString& srcNative, const QStrin
     default:
         return false;
     }
-    const auto made = FileSearch::entryOfNative(tempNative);
-    if (!made || made->kind != EntryKind::File || LinkCheck::isLink(tempNative)) {
-        if (made)
-            ForceDelete(tempLogical);
+    if (!LinkCheck::isRegularFile(tempNative)) {
+        if (FileRemoval::entryExists(tempNative))
+            ForceDelete(tempNative);
         if (!G().CancelRequested)
             TN().Failed << srcLogical;
         return false;
     }
     // A result that could only be judged once made is scanned before it takes its name.
     if (scanning && !scansSourceFirst(code) && SideScanForExclusion(destLogical, ScanOneFile(tempNative))) {
-        ForceDelete(tempLogical);
+        ForceDelete(tempNative);
         TN().Excluded << srcLogical;
         return false;
     }
     bool placed = FileReplace::move(tempNative, destNative);
     if (!placed && FileRemoval::entryExists(destNative)
         && !(FileSearch::attributesOfNative(destNative) & AttrDirectory)) {
-        ForceDelete(destLogical);
+        ForceDelete(destNative);
         placed = FileReplace::move(tempNative, destNative);
     }
     if (!placed) {
-        ForceDelete(tempLogical);
+        ForceDelete(tempNative);
         TN().Failed << srcLogical;
         return false;
     }
     TN().Done << destLogical;
     // The source goes only when its result stands.
     if (G().MoveFlag && FileRemoval::entryExists(destNative))
-        ForceDelete(srcLogical);
+        ForceDelete(srcNative);
     return true;
 }
 

@@ -15,6 +15,15 @@ namespace vmk
 // and SV().ArchiveEntryName. Paths are logical ("E:\Docs\x.txt"); a folder ends
 // in "\". One transfer runs at a time, on the interface thread; it pumps events
 // at each entry and each copy block, and stops when G().CancelRequested is set.
+//
+// A move removes a source only once its result exists (a single decompressed file
+// too). Each result is made under a temporary name and renamed into place, so a
+// failed, cancelled or refused file leaves nothing under its name. Refused, each
+// with a message naming the path: a folder into or onto itself, a file onto
+// itself, a target folder that is a link, links leading out of the item's tree
+// and special files (FIFOs, sockets, devices, dangling links). A deleting or
+// moving walk passes WalkGuard::checkChosen first. The screen's own alerts (the
+// source still there after a move or delete) stay with the screen.
 
 // The operation codes of G().OperationCode.
 enum TransferCode : int {

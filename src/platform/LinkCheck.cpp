@@ -16,6 +16,13 @@ bool LinkCheck::isLink(const QString& nativePath)
         && S_ISLNK(st.st_mode);
 }
 
+bool LinkCheck::isRegularFile(const QString& nativePath)
+{
+    struct stat st;
+    return !nativePath.isEmpty() && ::lstat(NativeName::toBytes(nativePath).constData(), &st) == 0
+        && S_ISREG(st.st_mode);
+}
+
 QString LinkCheck::resolved(const QString& nativePath)
 {
     if (nativePath.isEmpty())

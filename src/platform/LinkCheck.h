@@ -12,6 +12,8 @@ class LinkCheck
 public:
     // True when the entry itself is a symbolic link (dangling or not).
     static bool isLink(const QString& nativePath);
+    // True when the entry itself, not followed, is a regular file.
+    static bool isRegularFile(const QString& nativePath);
     // The path with every link resolved, as the kernel would reach it; "" when it
     // leads nowhere.
     static QString resolved(const QString& nativePath);

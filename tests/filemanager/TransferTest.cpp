@@ -63,11 +63,11 @@ bool isLink(const QString& path)
     return ::lstat(QFile::encodeName(path).constData(), &st) == 0 && S_ISLNK(st.st_mode);
 }
 
-QByteArray bytes(int size, char seed)
+QByteArray bytes(int size, char first)
 {
     QByteArray b(size, '\0');
     for (int i = 0; i < size; ++i)
-        b[i] = static_cast<char>(seed + i * 7 % 251);
+        b[i] = static_cast<char>(first + i * 7 % 251);
     return b;
 }
 
