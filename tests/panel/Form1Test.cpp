@@ -5,6 +5,7 @@
 #include "components/engine/Engine.h"
 #include "filemanager/FileTreeModel.h"
 #include "filemanager/ui/SmartTree.h"
+#include "filemanager/ui/frmDataTree.h"
 #include "foundation/FileServices.h"
 #include "foundation/Globals.h"
 #include "foundation/Settings.h"
@@ -28,6 +29,7 @@
 #include <QImage>
 #include <QLabel>
 #include <QMouseEvent>
+#include <QPointer>
 #include <QProcess>
 #include <QSystemTrayIcon>
 #include <QThread>
@@ -298,18 +300,7 @@ TEST_F(Form1Test, ButtonsLightOnHoverAndTheWebAddressOpens)
             "Lbl_but4", "Lbl_but5", "Lbl_but6", "Lbl_but7", "Label1", "Label2", "Label11", "Label13", "Label4" })
         EXPECT_NE(m_form->findChild<QWidget*>(QLatin1String(name)), nullptr) << name;
     EXPECT_NE(m_form->findChild<QWidget*>(QStringLiteral("Pie")), nullptr);
-    // The tool not yet in this version is greyed, never light, and says why.
-    for (const char* name : { "Image9", "Lbl_but1" }) {
-        auto* part = m_form->findChild<QLabel*>(QLatin1String(name));
-        ASSERT_NE(part, nullptr) << name;
-        EXPECT_FALSE(part->isEnabled()) << name;
-        EXPECT_TRUE(part->toolTip().contains(QStringLiteral("no est"))) << name;
-    }
-    QLabel* fileManager = m_form->findChild<QLabel*>(QStringLiteral("Image9"));
-    QMouseEvent over(QEvent::MouseMove, QPointF(10, 10), fileManager->mapToGlobal(QPointF(10, 10)), Qt::NoButton,
-        Qt::NoButton, Qt::NoModifier);
-    QApplication::sendEvent(fileManager, &over);
-    EXPECT_FALSE(m_form->findChild<QLabel*>(QStringLiteral("Image12"))->isVisible());
+    QMouseEvent over(QEvent::MouseMove, QPointF(10, 10), QPointF(10, 10), Qt::NoButton, Qt::NoButton, Qt::NoModifier);
     // The backups' button is a tool like the others: enabled, and it lights.
     QLabel* backups = m_form->findChild<QLabel*>(QStringLiteral("Image3"));
     EXPECT_TRUE(backups->isEnabled());
@@ -455,4 +446,45 @@ TEST_F(Form1Test, BackupsButtonHidesThePanelAndOpensBackTree)
     EXPECT_EQ(m_form->BackupForm(), backups);
     EXPECT_TRUE(backups->isVisible());
     backups->close();
+}
+
+TEST_F(Form1Test, FileManagerButtonHidesThePanelAndOpensBothTrees)
+{
+    test::MessageRecorder messages;
+    m_form->show();
+    m_form->Timer1()->start();
+    // The file manager's button is no longer greyed: it lights and clicks.
+    for (const char* name : { "Image9", "Lbl_but1" })
+        EXPECT_TRUE(m_form->label(name)->isEnabled()) << name;
+    QLabel* lit = m_form->label("Image12");
+    QMouseEvent move(QEvent::MouseMove, QPointF(10, 10), m_form->label("Image9")->mapToGlobal(QPointF(10, 10)),
+        Qt::NoButton, Qt::NoButton, Qt::NoModifier);
+    QApplication::sendEvent(m_form->label("Image9"), &move);
+    EXPECT_TRUE(lit->isVisible());
+    QMouseEvent release(QEvent::MouseButtonRelease, QPointF(2, 2), lit->mapToGlobal(QPointF(2, 2)), Qt::LeftButton,
+        Qt::NoButton, Qt::NoModifier);
+    QApplication::sendEvent(lit, &release);
+    QCoreApplication::processEvents(); // the click runs once its event is done
+
+    EXPECT_TRUE(messages.texts.isEmpty());
+    EXPECT_FALSE(m_form->isVisible());
+    EXPECT_EQ(G().TreeSide, 0);
+    QPointer<frmDataTree> files = m_form->DataTreeForm();
+    ASSERT_NE(files, nullptr);
+    EXPECT_TRUE(files->isVisible());
+    files->Timer1_Timer(); // the one-shot fill, as the form's Timer1 runs it
+    const FileTreeModel& host = *files->SmartDataTree()->treeModel();
+    const FileTreeModel& device = *files->SmartUIFlash()->treeModel();
+    EXPECT_EQ(host.keyOf(host.index(0, 0)), QStringLiteral("|HOST|"));
+    EXPECT_TRUE(host.childKeys(QStringLiteral("|HOST|")).contains(QStringLiteral("E:\\")));
+    EXPECT_EQ(device.rowCount(), 1);
+    EXPECT_EQ(device.keyOf(device.index(0, 0)), QStringLiteral("E:\\"));
+    // The panel's timer goes on while the form is merely open.
+    EXPECT_TRUE(m_form->Timer1()->isActive());
+
+    // Closing it brings the panel back; the form goes with its window.
+    files->close();
+    EXPECT_TRUE(m_form->isVisible());
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    EXPECT_TRUE(files.isNull());
 }

@@ -5,8 +5,15 @@
 #include "filemanager/TreeKey.h"
 #include "filemanager/ui/TreeItemDelegate.h"
 
+#include <QApplication>
+#include <QDrag>
+#include <QDragEnterEvent>
+#include <QDragLeaveEvent>
+#include <QDragMoveEvent>
+#include <QDropEvent>
 #include <QGuiApplication>
 #include <QKeyEvent>
+#include <QMimeData>
 #include <QMouseEvent>
 
 namespace vmk
@@ -167,11 +174,104 @@ void SmartTree::mousePressEvent(QMouseEvent* event)
 {
     const QString key = m_model->keyOf(indexAt(event->position().toPoint()));
     m_dragSourceKey = key;
+    m_pressAt = event->position().toPoint();
     if (m_marks) {
         syncModifiers(event->modifiers());
         m_marks->MouseDown(key, event->button() == Qt::LeftButton);
     }
     QTreeView::mousePressEvent(event);
+}
+
+void SmartTree::mouseReleaseEvent(QMouseEvent* event)
+{
+    const QString key = m_model->keyOf(indexAt(event->position().toPoint()));
+    QTreeView::mouseReleaseEvent(event);
+    emit MouseUp(key, event->button(), event->globalPosition().toPoint());
+}
+
+void SmartTree::setNodeDrags(bool on)
+{
+    m_nodeDrags = on;
+    setAcceptDrops(on);
+    viewport()->setAcceptDrops(on);
+}
+
+void SmartTree::setDropHighlight(const QString& key)
+{
+    if (key == m_dropHighlight)
+        return;
+    m_dropHighlight = key;
+    viewport()->update();
+}
+
+void SmartTree::mouseMoveEvent(QMouseEvent* event)
+{
+    if (!m_nodeDrags || !(event->buttons() & Qt::LeftButton) || m_dragSourceKey.isEmpty()
+        || (event->position().toPoint() - m_pressAt).manhattanLength() < QApplication::startDragDistance()) {
+        QTreeView::mouseMoveEvent(event);
+        return;
+    }
+    auto* data = new QMimeData;
+    data->setData(nodeMimeType(), (objectName() + u'\n' + m_dragSourceKey).toUtf8());
+    auto* drag = new QDrag(this);
+    drag->setMimeData(data);
+    drag->exec(Qt::CopyAction | Qt::MoveAction, Qt::CopyAction);
+    emit OLECompleteDrag();
+}
+
+void SmartTree::dragEnterEvent(QDragEnterEvent* event)
+{
+    if (m_nodeDrags && event->mimeData()->hasFormat(nodeMimeType()))
+        event->acceptProposedAction();
+    else
+        event->ignore();
+}
+
+void SmartTree::dragMoveEvent(QDragMoveEvent* event)
+{
+    if (!m_nodeDrags || !event->mimeData()->hasFormat(nodeMimeType())) {
+        event->ignore();
+        return;
+    }
+    const QString key = m_model->keyOf(indexAt(event->position().toPoint()));
+    setDropHighlight(key);
+    emit OLEDragOver(key);
+    event->acceptProposedAction();
+}
+
+void SmartTree::dragLeaveEvent(QDragLeaveEvent* event)
+{
+    setDropHighlight(QString());
+    QTreeView::dragLeaveEvent(event);
+}
+
+void SmartTree::dropEvent(QDropEvent* event)
+{
+    if (!m_nodeDrags || !event->mimeData()->hasFormat(nodeMimeType())) {
+        event->ignore();
+        return;
+    }
+    const QString payload = QString::fromUtf8(event->mimeData()->data(nodeMimeType()));
+    const qsizetype cut = payload.indexOf(u'\n');
+    const QString key = m_model->keyOf(indexAt(event->position().toPoint()));
+    event->acceptProposedAction();
+    // The popup comes up after the drag has ended, outside the platform's drop call.
+    const QString sourceTree = payload.left(cut), sourceKey = cut < 0 ? QString() : payload.mid(cut + 1);
+    const QPoint at = mapToGlobal(event->position().toPoint());
+    QMetaObject::invokeMethod(
+        this, [this, key, sourceTree, sourceKey, at] { emit OLEDragDrop(key, sourceTree, sourceKey, at); },
+        Qt::QueuedConnection);
+}
+
+void SmartTree::drawRow(QPainter* painter, const QStyleOptionViewItem& option, const QModelIndex& index) const
+{
+    if (m_dropHighlight.isEmpty() || m_model->keyOf(index) != m_dropHighlight) {
+        QTreeView::drawRow(painter, option, index);
+        return;
+    }
+    QStyleOptionViewItem lit = option;
+    lit.state |= QStyle::State_Selected;
+    QTreeView::drawRow(painter, lit, index);
 }
 
 } // namespace vmk

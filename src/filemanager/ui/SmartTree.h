@@ -43,15 +43,39 @@ public:
     // The node the last button press hit ("" for none): where a drag begins.
     QString DragSourceKey() const { return m_dragSourceKey; }
 
+    // Dragging nodes between and within trees (the file manager's): a drag carries
+    // the tree's object name and the node key; a drop raises OLEDragDrop.
+    void setNodeDrags(bool on);
+    // The node drawn as the drop target while a drag passes over it ("" for none).
+    QString DropHighlight() const { return m_dropHighlight; }
+    void setDropHighlight(const QString& key);
+    // The mime type of a dragged node: "<tree object name>\n<key>" in UTF-8.
+    static QString nodeMimeType() { return QStringLiteral("application/x-vormak-tree-node"); }
+
 signals:
     void NodeClick(const QString& key);
     void NodeCheck(const QString& key, bool checked);
+    // A button was released over `key` ("" for no node).
+    void MouseUp(const QString& key, Qt::MouseButton button, const QPoint& globalPos);
+    // A dragged node passes over `key` of this tree.
+    void OLEDragOver(const QString& key);
+    // A node of `sourceTree` (its object name) was dropped on `key` of this tree.
+    void OLEDragDrop(const QString& key, const QString& sourceTree, const QString& sourceKey, const QPoint& globalPos);
+    // A drag that began on this tree ended, dropped or not.
+    void OLECompleteDrag();
 
 protected:
     void keyPressEvent(QKeyEvent* event) override;
     void keyReleaseEvent(QKeyEvent* event) override;
     void focusOutEvent(QFocusEvent* event) override;
     void mousePressEvent(QMouseEvent* event) override;
+    void mouseMoveEvent(QMouseEvent* event) override;
+    void mouseReleaseEvent(QMouseEvent* event) override;
+    void dragEnterEvent(QDragEnterEvent* event) override;
+    void dragMoveEvent(QDragMoveEvent* event) override;
+    void dragLeaveEvent(QDragLeaveEvent* event) override;
+    void dropEvent(QDropEvent* event) override;
+    void drawRow(QPainter* painter, const QStyleOptionViewItem& option, const QModelIndex& index) const override;
 
 private:
     void syncModifiers(Qt::KeyboardModifiers modifiers);
@@ -59,6 +83,9 @@ private:
     FileTreeModel* m_model;
     std::unique_ptr<SelectionMarks> m_marks;
     QString m_dragSourceKey;
+    QString m_dropHighlight;
+    QPoint m_pressAt;
+    bool m_nodeDrags = false;
 };
 
 } // namespace vmk

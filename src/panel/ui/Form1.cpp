@@ -124,10 +124,8 @@ Form1::Form1(ControlPanel& panel, Hooks hooks, QWidget* parent)
 
     // The nine tool buttons, each a resting picture (hot zone) under its lit one.
     auto cell = [](int col, int row) { return QPoint(334 + col * 100, 80 + row * 120); };
-    // The file manager is not in this version yet: its button stays, greyed, and
-    // says so, rather than answer a click with nothing.
     addButton("Image9", "Image12", "Lbl_but1", QStringLiteral("Adm. Archivos"), QStringLiteral("filemanager"),
-        cell(0, 0), nullptr, QStringLiteral("El administrador de archivos aún no está disponible en esta versión"));
+        cell(0, 0), [this] { Image12_Click(); });
     addButton("Image7", "Image13", "Lbl_but7", QStringLiteral("Analizar PC"), QStringLiteral("scanpc"), cell(1, 0),
         [this] { Image13_Click(); });
     addButton("Image5", "Image14", "Lbl_but2", QStringLiteral("Analizar Dispositivo"), QStringLiteral("scandevice"),
@@ -159,6 +157,20 @@ Form1::~Form1()
     delete m_formEject;
     delete m_scanTree;
     delete m_backTree;
+}
+
+void Form1::Image12_Click()
+{
+    hide();
+    G().TreeSide = 0;
+    // A new file manager at each opening: its trees show the drives of that moment.
+    auto* form = new frmDataTree;
+    form->setAttribute(Qt::WA_DeleteOnClose);
+    form->setPanelTimer(m_timer1);
+    connect(form, &frmDataTree::unloaded, this, &QWidget::show);
+    m_dataTree = form;
+    form->Form_Load();
+    form->show();
 }
 
 void Form1::Image13_Click()

@@ -1,8 +1,10 @@
 #pragma once
 
+#include "filemanager/ui/frmDataTree.h"
 #include "panel/PanelFigures.h"
 
 #include <QHash>
+#include <QPointer>
 #include <QWidget>
 
 #include <functional>
@@ -59,6 +61,7 @@ public:
     void Image17_Click(); // the maker's web site (also Label11, Image23)
     void Image16_Click(); // the lock, then the password manager (PassTree)
     void Image18_Click(); // the lock, then the settings dialog (FrmConf)
+    void Image12_Click(); // the file manager (frmDataTree)
     void Image13_Click(); // scan the computer
     void Image14_Click(); // scan the device
     void Image11_Click(); // the backups (BackTree)
@@ -67,6 +70,8 @@ public:
     scanTree* ScanForm() const { return m_scanTree; }
     // The backup tool, once Image11 has opened it.
     BackTree* BackupForm() const { return m_backTree; }
+    // The file manager, while the last one Image12 opened is open.
+    frmDataTree* DataTreeForm() const { return m_dataTree; }
 
     QTimer* Timer1() const { return m_timer1; }
     QTimer* TimerUpdate() const { return m_timerUpdate; }
@@ -104,6 +109,7 @@ private:
     FormEject* m_formEject = nullptr;
     scanTree* m_scanTree = nullptr;
     BackTree* m_backTree = nullptr;
+    QPointer<frmDataTree> m_dataTree;
     QLabel* m_background = nullptr;
     QLabel* m_shield = nullptr;
     QLabel* m_engineReason = nullptr;
