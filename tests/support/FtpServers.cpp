@@ -19,18 +19,6 @@ namespace vmk::test
 {
 namespace
 {
-quint16 freePort()
-{
-    const int fd = socket(AF_INET, SOCK_STREAM, 0);
-    sockaddr_in a {};
-    a.sin_family = AF_INET;
-    a.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-    socklen_t len = sizeof a;
-    bind(fd, reinterpret_cast<sockaddr*>(&a), sizeof a);
-    getsockname(fd, reinterpret_cast<sockaddr*>(&a), &len);
-    close(fd);
-    return ntohs(a.sin_port);
-}
 
 bool answers(quint16 port)
 {
@@ -128,7 +116,7 @@ TlsFtpServer::TlsFtpServer()
     QFile::setPermissions(d,
         QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner | QFile::ReadGroup | QFile::ExeGroup | QFile::ReadOther
             | QFile::ExeOther);
-    m_port = freePort();
+    m_port = FreeLoopbackPort();
     const QString conf = QStringLiteral(
         "listen=YES\nlisten_address=127.0.0.1\nlisten_port=%1\nbackground=NO\nanonymous_enable=NO\n"
         "local_enable=YES\nwrite_enable=YES\nlocal_umask=022\npasv_enable=YES\npasv_address=127.0.0.1\n"
@@ -161,6 +149,19 @@ QString TlsFtpServer::server() const
 QString TlsFtpServer::url(const QString& path) const
 {
     return QStringLiteral("ftp://%1@127.0.0.1:%2/%3").arg(m_user).arg(m_port).arg(path);
+}
+
+quint16 FreeLoopbackPort()
+{
+    const int fd = socket(AF_INET, SOCK_STREAM, 0);
+    sockaddr_in a {};
+    a.sin_family = AF_INET;
+    a.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+    socklen_t len = sizeof a;
+    bind(fd, reinterpret_cast<sockaddr*>(&a), sizeof a);
+    getsockname(fd, reinterpret_cast<sockaddr*>(&a), &len);
+    close(fd);
+    return ntohs(a.sin_port);
 }
 
 } // namespace vmk::test

@@ -8,6 +8,9 @@
 namespace vmk::test
 {
 
+// A port the kernel hands out on 127.0.0.1, free when asked.
+quint16 FreeLoopbackPort();
+
 // pyftpdlib on 127.0.0.1 (tests/data/ftp/ftp_server.py), on a port it picks and
 // prints; `extra` are the script's ways to misbehave. User "alice", password "s3cret".
 class PlainFtpServer

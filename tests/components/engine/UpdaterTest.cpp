@@ -1,4 +1,5 @@
 #include "EngineTestSupport.h"
+#include "FtpServers.h"
 #include "TestSupport.h"
 #include "components/engine/Engine.h"
 #include "components/engine/EngineService.h"
@@ -12,9 +13,6 @@
 
 #include <gtest/gtest.h>
 
-#include <netinet/in.h>
-#include <sys/socket.h>
-#include <unistd.h>
 
 using namespace vmk;
 using namespace vmk::test;
@@ -157,19 +155,7 @@ TEST_F(Updater, InterruptedSwapIsUndoneAndHttpAndFtpSourcesWork)
 
     const QByteArray v2 = buildContainer(2, "VMK-UPDATE-HTTP");
     ASSERT_TRUE(writeFile(path("served/vormak.cud"), v2));
-    // A port the kernel hands out on loopback, free when asked.
-    auto freePort = []() -> quint16 {
-        const int fd = socket(AF_INET, SOCK_STREAM, 0);
-        sockaddr_in a {};
-        a.sin_family = AF_INET;
-        a.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-        socklen_t len = sizeof a;
-        bind(fd, reinterpret_cast<sockaddr*>(&a), sizeof a);
-        getsockname(fd, reinterpret_cast<sockaddr*>(&a), &len);
-        close(fd);
-        return ntohs(a.sin_port);
-    };
-    const quint16 httpPort = freePort();
+    const quint16 httpPort = vmk::test::FreeLoopbackPort();
     QProcess http;
     http.start("/usr/bin/python3",
         { "-m", "http.server", "--bind", "127.0.0.1", "--directory", path("served"), QString::number(httpPort) });
@@ -185,7 +171,7 @@ TEST_F(Updater, InterruptedSwapIsUndoneAndHttpAndFtpSourcesWork)
 
     const QByteArray v3 = buildContainer(3, "VMK-UPDATE-FTP");
     ASSERT_TRUE(writeFile(path("served/vormak.cud"), v3));
-    const quint16 ftpPort = freePort();
+    const quint16 ftpPort = vmk::test::FreeLoopbackPort();
     QProcess ftp;
     ftp.start("/usr/bin/python3",
         { "-m", "pyftpdlib", "-i", "127.0.0.1", "-p", QString::number(ftpPort), "-d", path("served") });
