@@ -20,7 +20,9 @@ trap 'rm -rf "$device"' EXIT
 # spends its time skipping inodes freed in the last half minute when a run
 # follows the removal of the one before, which would bury the tools under it.
 n=0
-fresh() { n=$((n + 1)); out="$device/out$n"; mkdir -p "$out"; sync; }
+# The writes of one run are flushed, and the disk left to settle, before the next.
+settle=${VMK_BENCH_SETTLE:-15}
+fresh() { n=$((n + 1)); out="$device/out$n"; mkdir -p "$out"; sync; sleep "$settle"; }
 
 median() { sort -n | awk '{v[NR]=$1} END {print v[int((NR+1)/2)]}'; }
 
