@@ -54,10 +54,15 @@ for _ in $(seq 1 100); do [ -s "$work/port" ] && break; sleep 0.1; done
 port=$(head -n1 "$work/port")
 [ -n "$port" ] || { echo "the FTP server did not start" >&2; exit 1; }
 cp "$archive" "$work/upload.zip"
-race "'$bin/vmk' ftp put '$work/upload.zip' 'ftp://alice@127.0.0.1:$port/ours/' --pass-file '$work/pass'" \
-  "curl -s -S --ftp-create-dirs -T '$work/upload.zip' 'ftp://127.0.0.1:$port/ref/' --user alice:s3cret"
-cmp -s "$work/upload.zip" "$work/ftproot/ours/upload.zip" || { echo "uploaded archive differs" >&2; exit 1; }
-cmp -s "$work/upload.zip" "$work/ftproot/ref/upload.zip" || { echo "curl's upload differs" >&2; exit 1; }
+# Each upload goes to a folder of its own, made on the way by both tools, as a new
+# dated archive does: sent again over the same name, the rename that completes our
+# upload would replace a file, and the server's ext4 then flushes the new data
+# before the rename returns, a cost curl's in-place write does not pay.
+race "'$bin/vmk' ftp put '$work/upload.zip' \"ftp://alice@127.0.0.1:$port/ours/\$(date +%s%N)/\" --pass-file '$work/pass'" \
+  "curl -s -S --ftp-create-dirs -T '$work/upload.zip' \"ftp://127.0.0.1:$port/ref/\$(date +%s%N)/\" --user alice:s3cret"
+for sent in "$work"/ftproot/ours/*/upload.zip "$work"/ftproot/ref/*/upload.zip; do
+  cmp -s "$work/upload.zip" "$sent" || { echo "uploaded archive differs: $sent" >&2; exit 1; }
+done
 mb=$(du -m "$work/upload.zip" | cut -f1)
 echo "load average at end: $(cut -d' ' -f1-3 /proc/loadavg)"
 echo "upload: vmk ${OURS}s, curl -T ${REF}s (${mb} MB), speed ratio $(ratio "$REF" "$OURS") (target >= 0.9)"
