@@ -3,9 +3,13 @@
 #include "foundation/Globals.h"
 #include "foundation/Settings.h"
 
+#include "TestSupport.h"
 #include "TreeDrives.h"
 
 #include <QDir>
+#include <QStringList>
+
+#include <utility>
 
 namespace vmk::test
 {
@@ -34,5 +38,20 @@ public:
 private:
     SettingsValues m_saved;
 };
+
+// A folder device for `vmk backup` and `vmk restore`: DEV/VMK holds the settings,
+// sealed as the program keeps them (no scan, deflate, the backups folder
+// DEV\Respaldos\). Returns the options that point vmk at it.
+inline QStringList MakeVmkBackupDevice(const QString& dev)
+{
+    QDir().mkpath(dev + QStringLiteral("/VMK"));
+    QDir().mkpath(dev + QStringLiteral("/Respaldos"));
+    QByteArray settings;
+    for (const auto& [key, value] : { std::pair { "#ScanBeforeBackup", "0" },
+             std::pair { "#BackupsFolder", "\\Respaldos\\" }, std::pair { "#BCompAlgorithm", "2" } })
+        settings += QByteArray(key) + "=" + runVmk({ "seal", value }).out.trimmed().toUtf8() + "\r\n";
+    writeFile(dev + QStringLiteral("/VMK/VMK.cnf"), settings);
+    return { QStringLiteral("--program-folder"), dev + QStringLiteral("/VMK"), QStringLiteral("--device"), dev };
+}
 
 } // namespace vmk::test

@@ -1,3 +1,4 @@
+#include "BackupDevice.h"
 #include "EngineTestSupport.h"
 #include "TestSupport.h"
 
@@ -38,16 +39,9 @@ TEST(VmkBackup, BacksUpASavedSelectionAndNamesWhatItLeavesOut)
         + logicalOf(root + "/host/Datos/tmp/").toUtf8() + "\r\n";
     ASSERT_TRUE(writeFile(root + "/sel.txt", selection));
     // A device with its settings: the backups folder, no scan.
-    ASSERT_TRUE(QDir().mkpath(root + "/dev/VMK"));
-    ASSERT_TRUE(QDir().mkpath(root + "/dev/Respaldos"));
     ASSERT_TRUE(QDir().mkpath(root + "/elsewhere"));
-    // The device's settings, sealed as the program keeps them: no scan, the backups folder.
-    QByteArray settings;
-    for (const auto& [key, value] : { std::pair { "#ScanBeforeBackup", "0" },
-             std::pair { "#BackupsFolder", "\\Respaldos\\" }, std::pair { "#BCompAlgorithm", "2" } })
-        settings += QByteArray(key) + "=" + runVmk({ "seal", value }).out.trimmed().toUtf8() + "\r\n";
-    ASSERT_TRUE(writeFile(root + "/dev/VMK/VMK.cnf", settings));
-    const QStringList device = { "--program-folder", root + "/dev/VMK", "--device", root + "/dev" };
+    const QStringList device = vmk::test::MakeVmkBackupDevice(root + "/dev");
+    ASSERT_TRUE(QFileInfo::exists(root + "/dev/VMK/VMK.cnf"));
 
     // Run as a user would: the unreadable file is named with "Acceso denegado".
     VmkRun r = runVmk(QStringList { "backup", root + "/sel.txt" } + device, {}, true);

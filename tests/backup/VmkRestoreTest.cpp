@@ -2,6 +2,7 @@
 #include "platform/DriveMap.h"
 #include "platform/NativeName.h"
 
+#include "BackupDevice.h"
 #include "RestoreArchives.h"
 #include "TestSupport.h"
 #include "TreeDrives.h"
@@ -145,14 +146,8 @@ TEST(VmkRestore, WhatVmkBackupSavedComesBackToTheHostItCameFrom)
     ASSERT_TRUE(writeRaw(QFile::encodeName(datos) + "/se\xf1" + "al.txt", "latin-1"));
     const QString datosLogical = "C:" + QString(datos).replace(u'/', u'\\') + "\\";
     ASSERT_TRUE(writeFile(root + "/sel.txt", "[Add]\r\n" + datosLogical.toUtf8() + "\r\n[Exclude]\r\n"));
-    ASSERT_TRUE(QDir().mkpath(root + "/dev/VMK"));
-    ASSERT_TRUE(QDir().mkpath(root + "/dev/Respaldos"));
-    QByteArray settings;
-    for (const auto& [key, value] : { std::pair { "#ScanBeforeBackup", "0" },
-             std::pair { "#BackupsFolder", "\\Respaldos\\" }, std::pair { "#BCompAlgorithm", "2" } })
-        settings += QByteArray(key) + "=" + runVmk({ "seal", value }).out.trimmed().toUtf8() + "\r\n";
-    ASSERT_TRUE(writeFile(root + "/dev/VMK/VMK.cnf", settings));
-    const QStringList device = { "--program-folder", root + "/dev/VMK", "--device", root + "/dev" };
+    const QStringList device = vmk::test::MakeVmkBackupDevice(root + "/dev");
+    ASSERT_TRUE(QFileInfo::exists(root + "/dev/VMK/VMK.cnf"));
     VmkRun r = runVmk(QStringList { "backup", root + "/sel.txt" } + device);
     ASSERT_EQ(r.code, 0) << r.err.toStdString();
     const QString archive = r.out.trimmed();
